@@ -1,0 +1,21 @@
+# Warnings and sanitizers are interface targets linked where wanted, never global flags.
+
+add_library(vel_warnings INTERFACE)
+add_library(vel::warnings ALIAS vel_warnings)
+target_compile_options(vel_warnings INTERFACE
+  -Wall -Wextra -Wno-unused-parameter -Wno-sign-compare -Wno-missing-field-initializers
+  # GCC 12 reports freed-pointer uses in inlined reference-count loops that cannot happen.
+  -Wno-use-after-free)
+
+add_library(vel_sanitizers INTERFACE)
+add_library(vel::sanitizers ALIAS vel_sanitizers)
+if(VEL_SANITIZE)
+  target_compile_options(vel_sanitizers INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer)
+  target_link_options(vel_sanitizers INTERFACE -fsanitize=address,undefined)
+endif()
+
+# Assertions print source paths relative to src/, e.g. "Memory/ScratchpadMemory.h".
+add_library(vel_source_paths INTERFACE)
+target_compile_options(vel_source_paths INTERFACE
+  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/src/="
+  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
