@@ -1,7 +1,8 @@
 // Communicate: the signal hub through which every subsystem reaches the shell without
 // knowing it, and through which worker threads reach the main thread.
 //
-// This is the logging half. Log levels: 0 information, 1 warning, 2 error.
+// Logging, and the signals by which the undo history keeps its list in the interface.
+// Log levels: 0 information, 1 warning, 2 error.
 // `quiet` swallows the next message only, so a caller can silence one rebuild at a time.
 #pragma once
 
@@ -28,6 +29,14 @@ public:
 
 signals:
     void LogInfo(QString const& text, int type);
+
+    // History: the newest entry was destroyed; the oldest left for the budget; an entry
+    // was added; a group changed; the interface should drop its last entry.
+    void historyPop();
+    void historyPopFront();
+    void historyUpdate();
+    void historyGroup(int index);
+    void UndoPop();
 };
 
 // Shorthand for Communicate::instance().message(text, type).

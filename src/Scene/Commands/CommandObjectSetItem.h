@@ -1,0 +1,26 @@
+// CommandObjectSetItem: a tool placed in the item slot of a composite.
+#pragma once
+
+#include "Scene/Command.h"
+
+namespace vel {
+
+class Tool;
+
+class CommandObjectSetItem : public Command {
+public:
+    static constexpr int TYPE = 14;
+
+    Tool* composite;
+    Tool* item;
+
+    CommandObjectSetItem(Tool* composite, Tool* item);
+
+    // Empties the slot and clears the item's Parent.
+    void undo() override;
+    // Fills the slot again, with the composite's object state.
+    void redo() override;
+    std::string name() override;
+};
+
+} // namespace vel
