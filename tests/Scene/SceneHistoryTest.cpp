@@ -1,0 +1,330 @@
+#include "Scene/SceneHistory.h"
+
+#include "Core/Communicate.h"
+#include "Scene/SuperCommand.h"
+#include "SceneTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace vel::test {
+namespace {
+
+using Journal = std::vector<std::string>;
+
+class HistoryTest : public ::testing::Test {
+protected:
+    Journal journal;
+    int pops = 0;
+    int popFronts = 0;
+    int updates = 0;
+    std::vector<QMetaObject::Connection> connections;
+
+    History& h() { return History::instance(); }
+
+    void SetUp() override
+    {
+        h().clear();
+        h().enabled = h().active = h().notify = true;
+        h().capacity = 1000;
+        Communicate* hub = &Communicate::instance();
+        connections.push_back(QObject::connect(hub, &Communicate::historyPop, [this] { ++pops; }));
+        connections.push_back(QObject::connect(hub, &Communicate::historyPopFront, [this] { ++popFronts; }));
+        connections.push_back(QObject::connect(hub, &Communicate::historyUpdate, [this] { ++updates; }));
+    }
+    void TearDown() override
+    {
+        h().clear();
+        h().capacity = 1000;
+        for (auto& c : connections)
+            QObject::disconnect(c);
+    }
+
+    Probe* probe(std::string const& tag)
+    {
+        auto* p = new Probe(&journal, tag);
+        h().push(p);
+        return p;
+    }
+    bool destroyed(std::string const& tag) const
+    {
+        return std::count(journal.begin(), journal.end(), "~" + tag) == 1;
+    }
+};
+
+TEST_F(HistoryTest, BeginsEmptyWithNothingCurrent)
+{
+    EXPECT_TRUE(h().commands.empty());
+    EXPECT_EQ(h().currentIndex, -1);
+    EXPECT_EQ(h().current(), nullptr);
+}
+
+TEST_F(HistoryTest, PushWithRecordingOffDestroysTheCommandAtOnce)
+{
+    h().active = false;
+    probe("a");
+    EXPECT_TRUE(destroyed("a"));
+    h().active = true;
+    h().enabled = false;
+    probe("b");
+    EXPECT_TRUE(destroyed("b"));
+    EXPECT_TRUE(h().commands.empty());
+    EXPECT_EQ(updates, 0);
+}
+
+TEST_F(HistoryTest, PushAppendsMakesTheCommandCurrentAndSignals)
+{
+    Probe* a = probe("a");
+    Probe* b = probe("b");
+    EXPECT_EQ(h().commands.size(), 2u);
+    EXPECT_EQ(h().currentIndex, 1);
+    EXPECT_EQ(h().current(), b);
+    EXPECT_EQ(h().commands[0], a);
+    EXPECT_EQ(updates, 2);
+}
+
+TEST_F(HistoryTest, UndoAndRedoStepAndDoNothingPastTheEnds)
+{
+    probe("a");
+    probe("b");
+    h().redo();
+    h().undo();
+    h().undo();
+    h().undo();
+    EXPECT_EQ(h().currentIndex, -1);
+    h().redo();
+    h().redo();
+    h().redo();
+    EXPECT_EQ(h().currentIndex, 1);
+    EXPECT_EQ(journal, (Journal{"ub", "ua", "ra", "rb"}));
+}
+
+TEST_F(HistoryTest, UndoAndRedoDoNothingWhileRecordingIsOff)
+{
+    probe("a");
+    h().active = false;
+    h().undo();
+    EXPECT_EQ(h().currentIndex, 0);
+    h().active = true;
+    h().undo();
+    h().enabled = false;
+    h().redo();
+    EXPECT_EQ(h().currentIndex, -1);
+    EXPECT_EQ(journal, (Journal{"ua"}));
+}
+
+TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailNewestFirst)
+{
+    probe("a");
+    probe("b");
+    probe("c");
+    h().undo();
+    h().undo();
+    journal.clear();
+    probe("d");
+    EXPECT_EQ(journal, (Journal{"~c", "~b"}));
+    EXPECT_EQ(pops, 2);
+    EXPECT_EQ(h().commands.size(), 2u);
+    EXPECT_EQ(h().currentIndex, 1);
+}
+
+TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailEvenWhenTheNewCommandMerges)
+{
+    Probe* a = probe("a");
+    a->mergeable = true;
+    probe("b");
+    h().undo();
+    auto* c = new Probe(&journal, "c");
+    c->mergeable = true;
+    c->same = true;
+    h().push(c);
+    EXPECT_TRUE(destroyed("b"));
+    EXPECT_EQ(h().commands.size(), 1u);
+    EXPECT_EQ(h().current(), a);
+    EXPECT_FALSE(destroyed("c")) << "a merged command waits for the history to be cleared";
+    h().clear();
+    EXPECT_TRUE(destroyed("c"));
+}
+
+TEST_F(HistoryTest, TwoEqualMergeableCommandsLeaveOneEntryWithoutASignal)
+{
+    Probe* a = probe("a");
+    a->mergeable = true;
+    auto* b = new Probe(&journal, "b");
+    b->mergeable = true;
+    b->same = true;
+    h().push(b);
+    EXPECT_EQ(h().commands.size(), 1u);
+    EXPECT_EQ(h().currentIndex, 0);
+    EXPECT_EQ(updates, 1);
+    h().undo();
+    EXPECT_EQ(journal, (Journal{"ua"}));
+}
+
+TEST_F(HistoryTest, TheStepPastCapacityPushesOutTheFirstWithoutDestroyingIt)
+{
+    for (int i = 0; i < 1000; ++i)
+        probe(std::to_string(i));
+    EXPECT_EQ(h().currentIndex, 999);
+    probe("last");
+    EXPECT_EQ(h().commands.size(), 1000u);
+    EXPECT_EQ(h().currentIndex, 999);
+    EXPECT_EQ(popFronts, 1);
+    EXPECT_EQ(static_cast<Probe*>(h().commands.front())->tag, "1");
+    EXPECT_FALSE(destroyed("0"));
+    ASSERT_EQ(h().dropped.size(), 1u);
+    h().clear();
+    EXPECT_TRUE(destroyed("0"));
+    EXPECT_TRUE(h().dropped.empty());
+}
+
+TEST_F(HistoryTest, APushIntoAnOpenGroupNeitherMovesCurrentNorSignals)
+{
+    h().superBegin("group", false);
+    EXPECT_EQ(Command::depth, 1);
+    int before = updates;
+    probe("a");
+    probe("b");
+    EXPECT_EQ(h().currentIndex, 0);
+    EXPECT_EQ(updates, before);
+    h().superEnd();
+    EXPECT_EQ(Command::depth, 0);
+    ASSERT_EQ(h().commands.size(), 1u);
+    auto* group = static_cast<SuperCommand*>(h().commands[0]);
+    EXPECT_TRUE(group->isFinished());
+    EXPECT_EQ(group->commands.size(), 2u);
+    h().undo();
+    EXPECT_EQ(journal, (Journal{"ub", "ua"}));
+}
+
+TEST_F(HistoryTest, AnEmptyGroupStaysAsAStepUnlessMerged)
+{
+    h().superBegin("empty", false);
+    h().superEnd();
+    EXPECT_EQ(h().commands.size(), 1u);
+    h().superBegin("empty", true);
+    h().superEnd();
+    EXPECT_EQ(h().commands.size(), 2u) << "the step before is not mergeable";
+    h().superBegin("empty", true);
+    h().superEnd();
+    EXPECT_EQ(h().commands.size(), 2u) << "two empty mergeable groups are one step";
+}
+
+TEST_F(HistoryTest, NestedGroupsAreOneStepThatUndoesInReverse)
+{
+    h().superBegin("outer", false);
+    probe("a");
+    h().superBegin("inner", false);
+    probe("b");
+    h().superEnd();
+    probe("c");
+    h().superEnd();
+    ASSERT_EQ(h().commands.size(), 1u);
+    h().undo();
+    h().redo();
+    EXPECT_EQ(journal, (Journal{"uc", "ub", "ua", "ra", "rb", "rc"}));
+}
+
+// An open group must not be folded into its predecessor while it still collects.
+TEST_F(HistoryTest, AnOpenGroupIsNeverMerged)
+{
+    h().superBegin("done", true);
+    h().superEnd();
+    h().superBegin("open", true);
+    EXPECT_EQ(h().commands.size(), 2u);
+    probe("a");
+    h().collapse();
+    EXPECT_EQ(h().commands.size(), 2u);
+    h().superEnd();
+    EXPECT_EQ(h().commands.size(), 2u) << "sizes 0 and 1 differ";
+}
+
+TEST_F(HistoryTest, JumpToClampsAndWalksBothWays)
+{
+    for (char c : std::string("abcd"))
+        probe(std::string(1, c));
+    h().jumpTo(-5);
+    EXPECT_EQ(h().currentIndex, -1);
+    EXPECT_EQ(journal, (Journal{"ud", "uc", "ub", "ua"}));
+    journal.clear();
+    h().jumpTo(100000);
+    EXPECT_EQ(h().currentIndex, 3);
+    EXPECT_EQ(journal, (Journal{"ra", "rb", "rc", "rd"}));
+    journal.clear();
+    h().jumpTo(1);
+    EXPECT_EQ(h().currentIndex, 1);
+    EXPECT_EQ(journal, (Journal{"ud", "uc"}));
+}
+
+TEST_F(HistoryTest, PopDestroysTheNewestAndKeepsCurrentInRange)
+{
+    EXPECT_FALSE(h().pop());
+    probe("a");
+    probe("b");
+    EXPECT_TRUE(h().pop());
+    EXPECT_TRUE(destroyed("b"));
+    EXPECT_EQ(h().currentIndex, 0);
+    EXPECT_EQ(pops, 1);
+    h().undo();
+    EXPECT_TRUE(h().pop());
+    EXPECT_EQ(h().currentIndex, -1);
+}
+
+TEST_F(HistoryTest, CleanupDestroysOnlyTheRedoTail)
+{
+    probe("a");
+    probe("b");
+    h().undo();
+    h().cleanup();
+    EXPECT_TRUE(destroyed("b"));
+    EXPECT_FALSE(destroyed("a"));
+    EXPECT_EQ(h().commands.size(), 1u);
+}
+
+// Code that needs a temporary change groups it, undoes it and drops the step.
+TEST_F(HistoryTest, ATemporaryChangeIsTakenBackWithoutATrace)
+{
+    probe("kept");
+    h().superBegin("temporary", false);
+    probe("t");
+    h().superEnd();
+    h().undo();
+    EXPECT_TRUE(h().pop());
+    EXPECT_EQ(h().commands.size(), 1u);
+    EXPECT_EQ(h().currentIndex, 0);
+    EXPECT_EQ(journal, (Journal{"ut", "~t"}));
+}
+
+TEST_F(HistoryTest, ClearDestroysEverythingNewestFirstAndSignalsEachEntry)
+{
+    probe("a");
+    probe("b");
+    h().clear();
+    EXPECT_EQ(journal, (Journal{"~b", "~a"}));
+    EXPECT_EQ(pops, 2);
+    EXPECT_EQ(h().currentIndex, -1);
+}
+
+// A command that pushes from inside its undo must not cut the list being walked.
+TEST_F(HistoryTest, NothingPushedDuringUndoIsRecorded)
+{
+    struct Pusher : Probe {
+        using Probe::Probe;
+        void undo() override
+        {
+            History::instance().push(new Probe(journal, "inner"));
+            Probe::undo();
+        }
+    };
+    probe("a");
+    h().push(new Pusher(&journal, "p"));
+    h().undo();
+    EXPECT_TRUE(destroyed("inner"));
+    EXPECT_EQ(h().commands.size(), 2u);
+    EXPECT_EQ(h().currentIndex, 0);
+    EXPECT_TRUE(h().active);
+}
+
+} // namespace
+} // namespace vel::test

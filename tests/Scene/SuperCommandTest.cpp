@@ -1,0 +1,107 @@
+#include "Scene/SuperCommand.h"
+
+#include "SceneTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace vel::test {
+namespace {
+
+using Journal = std::vector<std::string>;
+
+TEST(SuperCommandTest, UndoesBackwardsRedoesForwardsAndDestroysBackwards)
+{
+    Journal journal;
+    {
+        SuperCommand group("Move", false);
+        group.push(new Probe(&journal, "1"));
+        group.push(new Probe(&journal, "2"));
+        group.push(new Probe(&journal, "3"));
+        group.undo();
+        EXPECT_FALSE(group.done);
+        group.redo();
+        EXPECT_TRUE(group.done);
+        EXPECT_EQ(group.name(), "Move");
+        EXPECT_EQ(group.type, 1);
+        EXPECT_TRUE(group.isSuper());
+    }
+    EXPECT_EQ(journal, (Journal{"u3", "u2", "u1", "r1", "r2", "r3", "~3", "~2", "~1"}));
+}
+
+// Pushes and finish reach the innermost open group; one finish closes one level.
+TEST(SuperCommandTest, NestedOpenGroupsCollectPushesAndCloseInnermostFirst)
+{
+    Journal journal;
+    SuperCommand outer("outer", false);
+    auto* inner = new SuperCommand("inner", false);
+    outer.push(inner);
+    outer.push(new Probe(&journal, "a"));
+    ASSERT_EQ(outer.commands.size(), 1u);
+    ASSERT_EQ(inner->commands.size(), 1u);
+    outer.finish();
+    EXPECT_TRUE(inner->isFinished());
+    EXPECT_FALSE(outer.isFinished());
+    outer.push(new Probe(&journal, "b"));
+    EXPECT_EQ(outer.commands.size(), 2u);
+    outer.finish();
+    EXPECT_TRUE(outer.isFinished());
+}
+
+class SuperCommandMergeTest : public ::testing::Test {
+protected:
+    Journal journal;
+
+    SuperCommand* group(int count, bool same)
+    {
+        auto* g = new SuperCommand("g", true);
+        for (int i = 0; i < count; ++i) {
+            auto* p = new Probe(&journal, std::to_string(i));
+            p->same = same;
+            p->mergeable = true;
+            g->commands.push_back(p);
+        }
+        g->finished = true;
+        return g;
+    }
+};
+
+TEST_F(SuperCommandMergeTest, GroupsOfTwoOrNoneMergeWithoutALookInside)
+{
+    std::unique_ptr<SuperCommand> a(group(2, false)), b(group(2, false));
+    EXPECT_TRUE(b->coincides(a.get()));
+    std::unique_ptr<SuperCommand> c(group(0, false)), d(group(0, false));
+    EXPECT_TRUE(d->coincides(c.get()));
+}
+
+TEST_F(SuperCommandMergeTest, GroupsOfDifferentSizeNeverMerge)
+{
+    std::unique_ptr<SuperCommand> a(group(2, true)), b(group(3, true));
+    EXPECT_FALSE(b->coincides(a.get()));
+}
+
+// The last two commands of a longer group are never compared.
+TEST_F(SuperCommandMergeTest, LongerGroupsCompareAllButTheirLastTwo)
+{
+    std::unique_ptr<SuperCommand> a(group(4, true)), b(group(4, true));
+    static_cast<Probe*>(b->commands[2])->same = false;
+    static_cast<Probe*>(b->commands[3])->same = false;
+    EXPECT_TRUE(b->coincides(a.get()));
+    static_cast<Probe*>(b->commands[1])->same = false;
+    EXPECT_FALSE(b->coincides(a.get()));
+}
+
+TEST_F(SuperCommandMergeTest, OnlyMergeableGroupsOfTheSameTypeMerge)
+{
+    std::unique_ptr<SuperCommand> a(group(2, true)), b(group(2, true));
+    a->mergeable = false;
+    EXPECT_FALSE(b->coincides(a.get()));
+    Probe plain(&journal, "p", SuperCommand::TYPE);
+    plain.mergeable = true;
+    a->mergeable = true;
+    EXPECT_FALSE(b->coincides(&plain)) << "a plain command with the group's type number is no group";
+}
+
+} // namespace
+} // namespace vel::test
