@@ -61,6 +61,27 @@ std::vector<ToolState> snapshot(Tool* root)
     return out;
 }
 
+std::string difference(std::vector<ToolState> const& actual, std::vector<ToolState> const& expected)
+{
+    if (actual.size() != expected.size())
+        return std::to_string(actual.size()) + " tools instead of " + std::to_string(expected.size());
+    for (size_t i = 0; i < actual.size(); ++i) {
+        ToolState const& a = actual[i];
+        ToolState const& e = expected[i];
+        if (a == e)
+            continue;
+        std::string what = a.tool != e.tool ? "tool" : a.parent != e.parent ? "parent"
+                           : a.next != e.next     ? "link"
+                           : a.object != e.object ? "object matrix"
+                           : a.pivot != e.pivot   ? "pivot matrix"
+                           : a.flags != e.flags   ? "flags " + std::to_string(a.flags) + " instead of " + std::to_string(e.flags)
+                           : a.material != e.material ? "material"
+                                                      : "constraints or animation";
+        return "entry " + std::to_string(i) + " (tool " + std::to_string(e.tool->id) + "): " + what;
+    }
+    return {};
+}
+
 std::vector<std::string> validate(Tool* root)
 {
     std::vector<std::string> out;

@@ -45,6 +45,7 @@ public:
     Tool* item = nullptr;
 
     using Tool::Tool;
+    using Tool::hasItem;
     bool hasItem() const override { return true; }
     Tool* itemSlot() const override { return item; }
     void setItemSlot(Tool* t) override { item = t; }
@@ -99,6 +100,9 @@ struct ToolState {
 
 // The tree below `root`, pre-order.
 std::vector<ToolState> snapshot(Tool* root);
+
+// The first difference between two snapshots, in words; empty when they are equal.
+std::string difference(std::vector<ToolState> const& actual, std::vector<ToolState> const& expected);
 
 // Broken invariants of the tree below `root`: parents that do not list their children,
 // tools listed twice, rings that do not close. Empty when the tree is sound.

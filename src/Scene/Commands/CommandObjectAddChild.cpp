@@ -10,6 +10,7 @@ CommandObjectAddChild::CommandObjectAddChild(Tool* parent, Tool* child, int posi
     , parent(parent)
     , child(child)
     , position(position)
+    , wasObject(child->isObject())
 {
 }
 
@@ -19,6 +20,7 @@ void CommandObjectAddChild::undo()
     VEL_ASSERT_MSG(at >= 0, "the child to take back is not in its parent");
     parent->children.erase(parent->children.begin() + at);
     child->Parent = nullptr;
+    child->setObject(wasObject);
     Command::undo();
 }
 

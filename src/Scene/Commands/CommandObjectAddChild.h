@@ -13,11 +13,13 @@ public:
 
     Tool* parent;
     Tool* child;
-    int position; // where the child was appended
+    int position;   // where the child was appended
+    bool wasObject; // the child's object state before it joined
 
     CommandObjectAddChild(Tool* parent, Tool* child, int position);
 
-    // Takes the child out again and clears its Parent.
+    // Takes the child out again, clears its Parent and gives back its object state, so
+    // that a redo finds everything as the first time.
     void undo() override;
     // Appends the child again, with the parent's object state.
     void redo() override;

@@ -8,6 +8,7 @@ CommandObjectSetItem::CommandObjectSetItem(Tool* composite, Tool* item)
     : Command(TYPE)
     , composite(composite)
     , item(item)
+    , wasObject(item->isObject())
 {
 }
 
@@ -15,6 +16,7 @@ void CommandObjectSetItem::undo()
 {
     composite->setItemSlot(nullptr);
     item->Parent = nullptr;
+    item->setObject(wasObject);
     Command::undo();
 }
 

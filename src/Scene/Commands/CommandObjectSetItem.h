@@ -13,10 +13,11 @@ public:
 
     Tool* composite;
     Tool* item;
+    bool wasObject; // the item's object state before it was placed
 
     CommandObjectSetItem(Tool* composite, Tool* item);
 
-    // Empties the slot and clears the item's Parent.
+    // Empties the slot, clears the item's Parent and gives back its object state.
     void undo() override;
     // Fills the slot again, with the composite's object state.
     void redo() override;

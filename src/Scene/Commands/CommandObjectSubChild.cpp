@@ -10,6 +10,7 @@ CommandObjectSubChild::CommandObjectSubChild(Tool* parent, Tool* child, int posi
     , parent(parent)
     , child(child)
     , position(position)
+    , wasObject(child->isObject())
 {
 }
 
@@ -17,7 +18,7 @@ void CommandObjectSubChild::undo()
 {
     VEL_ASSERT(position >= 0 && position <= int(parent->children.size()));
     child->Parent = parent;
-    child->setObject(parent->isObject());
+    child->setObject(wasObject);
     parent->children.insert(parent->children.begin() + position, child);
     Command::undo();
 }
@@ -26,6 +27,7 @@ void CommandObjectSubChild::redo()
 {
     position = parent->childPosition(child);
     VEL_ASSERT_MSG(position >= 0, "the child to take out is not in its parent");
+    wasObject = child->isObject();
     parent->children.erase(parent->children.begin() + position);
     child->Parent = nullptr;
     Command::redo();

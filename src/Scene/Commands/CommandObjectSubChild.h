@@ -13,13 +13,16 @@ public:
 
     Tool* parent;
     Tool* child;
-    int position; // where the child stood
+    int position;   // where the child stood
+    bool wasObject; // the child's object state when it left
 
     CommandObjectSubChild(Tool* parent, Tool* child, int position);
 
-    // Puts the child back at its position, with the parent's object state.
+    // Puts the child back at its position, with the object state it left with: a child
+    // may differ from its parent there (a copy, a parent moved since), and undo gives back
+    // exactly what was.
     void undo() override;
-    // Takes the child out again, noting where it stood.
+    // Takes the child out again, noting where it stood and its object state.
     void redo() override;
     std::string name() override;
 };
