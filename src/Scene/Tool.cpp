@@ -31,7 +31,8 @@ void Tool::forRing(bool links, bool sameParent, Operation const& operation)
     operation(this);
     if (!links)
         return;
-    for (Tool* m = linkNext; m != this; m = m->linkNext)
+    int steps = 0;
+    for (Tool* m = ringNext(this, steps); m != this; m = ringNext(m, steps))
         if (m->isObject() && (!sameParent || m->Parent == Parent))
             operation(m);
 }
@@ -215,11 +216,18 @@ void Tool::setItemSlot(Tool*)
 
 // ---- links -----------------------------------------------------------------------------
 
+Tool* Tool::ringNext(Tool const* t, int& steps)
+{
+    VEL_ASSERT_MSG(++steps <= COUNT, "the ring of links does not close");
+    return t->linkNext;
+}
+
 Tool* Tool::previous()
 {
+    int steps = 0;
     Tool* t = this;
     while (t->linkNext != this)
-        t = t->linkNext;
+        t = ringNext(t, steps);
     return t;
 }
 
@@ -230,11 +238,12 @@ bool Tool::linked() const
 
 bool Tool::linked(Tool* T) const
 {
+    int steps = 0;
     Tool const* t = this;
     do {
         if (t == T)
             return true;
-        t = t->linkNext;
+        t = ringNext(t, steps);
     } while (t != this);
     return false;
 }
@@ -267,8 +276,7 @@ int Tool::linksCount() const
     int count = 0;
     Tool const* t = this;
     do {
-        ++count;
-        t = t->linkNext;
+        t = ringNext(t, count);
     } while (t != this);
     return count;
 }
@@ -287,31 +295,34 @@ void Tool::findAllLinked(std::vector<Tool*>& out, bool all)
         out.push_back(this);
         return;
     }
+    int steps = 0;
     Tool* t = this;
     do {
         if (t->flags & FLAG_SELECTED)
             out.push_back(t);
-        t = t->linkNext;
+        t = ringNext(t, steps);
     } while (t != this);
 }
 
 void Tool::findAllLinks(std::vector<Tool*>& out)
 {
+    int steps = 0;
     Tool* t = this;
     do {
         out.push_back(t);
-        t = t->linkNext;
+        t = ringNext(t, steps);
     } while (t != this);
 }
 
 std::vector<Tool*> Tool::findAllObjectLinks()
 {
     std::vector<Tool*> out;
+    int steps = 0;
     Tool* t = this;
     do {
         if (t->isObject())
             out.push_back(t);
-        t = t->linkNext;
+        t = ringNext(t, steps);
     } while (t != this);
     return out;
 }
@@ -573,7 +584,8 @@ void Tool::constrainedMove(Matrix34<double> const& M, bool links, bool sameParen
     if (!links)
         return;
     double own = std::abs(objectMatrix.determinant());
-    for (Tool* m = linkNext; m != this; m = m->linkNext) {
+    int steps = 0;
+    for (Tool* m = ringNext(this, steps); m != this; m = ringNext(m, steps)) {
         if (!m->isObject() || (sameParent && m->Parent != Parent))
             continue;
         double ratio = own > 0 ? std::cbrt(std::abs(m->objectMatrix.determinant()) / own) : 1.0;
@@ -602,7 +614,8 @@ void Tool::constrainedRotate(Matrix34<double> const& M, bool links, bool samePar
     turn(this, about(axis, angle));
     if (!links)
         return;
-    for (Tool* m = linkNext; m != this; m = m->linkNext) {
+    int steps = 0;
+    for (Tool* m = ringNext(this, steps); m != this; m = ringNext(m, steps)) {
         if (!m->isObject() || (sameParent && m->Parent != Parent))
             continue;
         Vector3<double> own(m->rotationAxis);

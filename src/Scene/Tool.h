@@ -250,6 +250,8 @@ protected:
     Tool(Unrecorded);
 
 private:
+    // One step along the ring, counted: a ring longer than the live tools cannot close.
+    static Tool* ringNext(Tool const* t, int& steps);
     template <class Operation>
     void forRing(bool links, bool sameParent, Operation const& operation);
     void setFlags(unsigned short bits, bool on, bool links, bool sameParent);

@@ -392,6 +392,17 @@ TEST_F(TreeTest, RingQueriesListMembersByKind)
     EXPECT_EQ(previous[0]->linkNext, a);
 }
 
+// A corrupt ring ends the process instead of hanging it.
+TEST_F(TreeDeathTest, ARingThatDoesNotCloseAsserts)
+{
+    Tool* a = add(root);
+    Tool* b = add(root);
+    a->linkNext = b;
+    EXPECT_DEATH(a->linksCount(), "the ring of links does not close");
+    EXPECT_DEATH(a->previous(), "the ring of links does not close");
+    a->linkNext = a;
+}
+
 // ---- transforms ----------------------------------------------------------------------
 
 TEST_F(TreeTest, WorldTransformChainsFromLeafToRoot)
