@@ -98,7 +98,7 @@ public:
     double record = 0.02; // saved with the tool, for the kinds that use it
     bool option0 = false; // kept for the kinds and the interface that use them
     bool option1 = true;
-    std::deque<double> timePoints;
+    std::vector<double> timePoints; // not a deque: an empty one allocates some 600 bytes
     double time = 0; // the last GlobalTime seen by timer()
     float speed = 1.0f;
     float delay = 0.0f;
