@@ -108,8 +108,9 @@ void GLTest::SetUp()
 
 void GLTest::TearDown()
 {
-    if (MakeGLContextCurrent())
+    if (MakeGLContextCurrent()) {
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << "a test left a GL error behind";
+    }
 }
 
 } // namespace vel::test
