@@ -7,6 +7,7 @@
 
 #include <QFile>
 
+#include <cstring>
 #include <map>
 #include <sstream>
 
@@ -15,6 +16,22 @@ namespace vel {
 unsigned Shader::id = 0;
 Shader* Shader::Current = nullptr;
 int Shader::COUNT = 0;
+
+Matrix4<double> Shader::ProjectionMatrix;
+Matrix4<double> Shader::ProjectionMatrixInv;
+Matrix4<double> Shader::ProjectionModelViewMatrix;
+Matrix4<double> Shader::ProjectionModelViewMatrixInv;
+Matrix4<double> Shader::ProjectionOffset;
+Matrix4<double> Shader::ProjectionOffsetMatrix;
+Matrix4<double> Shader::ProjectionOffsetModelViewMatrix;
+Matrix34<double> Shader::ModelMatrix;
+Matrix34<double> Shader::ModelViewMatrix;
+Matrix34<double> Shader::ModelViewMatrixInv;
+Matrix3<double> Shader::NormalMatrix;
+Matrix3<double> Shader::NormalMatrixInv;
+float Shader::ViewSize = 1.0f;
+float Shader::Lens = 1.0f;
+float Shader::PMVSign = 1.0f;
 
 // ------------------------------------------------------------------------------------------
 // Source format
@@ -326,6 +343,61 @@ void Shader::disable()
 }
 
 // ------------------------------------------------------------------------------------------
+// Transforms
+// ------------------------------------------------------------------------------------------
+
+namespace {
+
+// The transforms in the order of a saved record; `Visit` gets each as bytes.
+template <class Visit>
+void EachTransform(Visit visit)
+{
+    visit(&Shader::ProjectionMatrix, sizeof(Shader::ProjectionMatrix));
+    visit(&Shader::ProjectionModelViewMatrix, sizeof(Shader::ProjectionModelViewMatrix));
+    visit(&Shader::ProjectionMatrixInv, sizeof(Shader::ProjectionMatrixInv));
+    visit(&Shader::ProjectionModelViewMatrixInv, sizeof(Shader::ProjectionModelViewMatrixInv));
+    visit(&Shader::ProjectionOffsetMatrix, sizeof(Shader::ProjectionOffsetMatrix));
+    visit(&Shader::ProjectionOffsetModelViewMatrix, sizeof(Shader::ProjectionOffsetModelViewMatrix));
+    visit(&Shader::ModelMatrix, sizeof(Shader::ModelMatrix));
+    visit(&Shader::ModelViewMatrix, sizeof(Shader::ModelViewMatrix));
+    visit(&Shader::ModelViewMatrixInv, sizeof(Shader::ModelViewMatrixInv));
+    visit(&Shader::NormalMatrix, sizeof(Shader::NormalMatrix));
+    visit(&Shader::NormalMatrixInv, sizeof(Shader::NormalMatrixInv));
+    visit(&Shader::Lens, sizeof(Shader::Lens));
+    visit(&Shader::ViewSize, sizeof(Shader::ViewSize));
+    visit(&Shader::PMVSign, sizeof(Shader::PMVSign));
+}
+
+size_t TransformBytes()
+{
+    size_t bytes = 0;
+    EachTransform([&](void*, size_t size) { bytes += size; });
+    return bytes;
+}
+
+} // namespace
+
+void Shader::Push(std::vector<unsigned char>& buffer)
+{
+    EachTransform([&](void* value, size_t size) {
+        unsigned char const* bytes = static_cast<unsigned char const*>(value);
+        buffer.insert(buffer.end(), bytes, bytes + size);
+    });
+}
+
+void Shader::Pop(std::vector<unsigned char>& buffer)
+{
+    size_t bytes = TransformBytes();
+    VEL_ASSERT_MSG(buffer.size() >= bytes, "Shader::Pop without a matching Push");
+    size_t at = buffer.size() - bytes;
+    EachTransform([&](void* value, size_t size) {
+        std::memcpy(value, buffer.data() + at, size);
+        at += size;
+    });
+    buffer.resize(buffer.size() - bytes);
+}
+
+// ------------------------------------------------------------------------------------------
 // Uniform cache
 // ------------------------------------------------------------------------------------------
 
@@ -397,6 +469,56 @@ void Shader::setUniform(std::string const& uniform, unsigned x, unsigned y, unsi
     int location = Location(uniform);
     if (location >= 0)
         glUniform4ui(location, x, y, z, w);
+}
+
+void Shader::setUniform(std::string const& uniform, Vector2<float> const& v)
+{
+    setUniform(uniform, v.x, v.y);
+}
+
+void Shader::setUniform(std::string const& uniform, Vector3<float> const& v)
+{
+    setUniform(uniform, v.x, v.y, v.z);
+}
+
+void Shader::setUniform(std::string const& uniform, Vector4<float> const& v)
+{
+    setUniform(uniform, v.x, v.y, v.z, v.w);
+}
+
+void Shader::setUniform(std::string const& uniform, Matrix3<float> const& m)
+{
+    setUniformMatrix3(uniform, m.m);
+}
+
+void Shader::setUniform(std::string const& uniform, Matrix3<double> const& m)
+{
+    setUniform(uniform, Matrix3<float>(m));
+}
+
+void Shader::setUniform(std::string const& uniform, Matrix34<float> const& m)
+{
+    setUniformMatrix34(uniform, m.m);
+}
+
+void Shader::setUniform(std::string const& uniform, Matrix34<double> const& m)
+{
+    setUniform(uniform, Matrix34<float>(m));
+}
+
+void Shader::setUniform(std::string const& uniform, Matrix4<float> const& m)
+{
+    setUniformMatrix4(uniform, m.m);
+}
+
+void Shader::setUniform(std::string const& uniform, Matrix4<double> const& m)
+{
+    setUniform(uniform, Matrix4<float>(m));
+}
+
+void Shader::setUniform(std::string const& uniform, Pbr const& pbr)
+{
+    setUniform(uniform, pbr.w[0], pbr.w[1], pbr.w[2], pbr.w[3]);
 }
 
 void Shader::setUniformArray(std::string const& uniform, int components, float const* values, int count)

@@ -26,6 +26,9 @@
 // Matrix34 goes to a mat4x3.
 #pragma once
 
+#include "Math/Matrix4.h"
+#include "Math/Pbr.h"
+#include "Math/Vector2.h"
 #include "OpenGL/GLAtom.h"
 
 #include <string>
@@ -65,6 +68,29 @@ public:
     static Shader* Current;   // the Shader in use, owner of the uniform cache that writes go to
     static int COUNT;         // live instances; 0 at close
 
+    // The frame's current transforms, set by the frame pipeline and read by element drawing.
+    static Matrix4<double> ProjectionMatrix;
+    static Matrix4<double> ProjectionMatrixInv;
+    static Matrix4<double> ProjectionModelViewMatrix;
+    static Matrix4<double> ProjectionModelViewMatrixInv;
+    static Matrix4<double> ProjectionOffset; // not saved by Push
+    static Matrix4<double> ProjectionOffsetMatrix;
+    static Matrix4<double> ProjectionOffsetModelViewMatrix;
+    static Matrix34<double> ModelMatrix;
+    static Matrix34<double> ModelViewMatrix;
+    static Matrix34<double> ModelViewMatrixInv;
+    static Matrix3<double> NormalMatrix;
+    static Matrix3<double> NormalMatrixInv;
+    static float ViewSize;
+    static float Lens;
+    static float PMVSign;
+
+    // Appends the transforms (all but ProjectionOffset) to `buffer`, so that a nested render
+    // (a shadow map, a thumbnail) can set its own and Pop the frame's back.
+    static void Push(std::vector<unsigned char>& buffer);
+    // Takes the record Push appended last off the end of `buffer` and restores it.
+    static void Pop(std::vector<unsigned char>& buffer);
+
     Shader(std::string text, std::string vertexDefines = {}, std::string fragmentDefines = {},
            std::string name = {});
     Shader(Shader const&) = delete;
@@ -94,6 +120,17 @@ public:
     static void setUniform(std::string const& uniform, float x, float y, float z, float w);
     static void setUniform(std::string const& uniform, int x, int y, int z, int w);
     static void setUniform(std::string const& uniform, unsigned x, unsigned y, unsigned z, unsigned w);
+    static void setUniform(std::string const& uniform, Vector2<float> const& v);
+    static void setUniform(std::string const& uniform, Vector3<float> const& v);
+    static void setUniform(std::string const& uniform, Vector4<float> const& v);
+    static void setUniform(std::string const& uniform, Matrix3<float> const& m);
+    static void setUniform(std::string const& uniform, Matrix3<double> const& m);
+    static void setUniform(std::string const& uniform, Matrix34<float> const& m);
+    static void setUniform(std::string const& uniform, Matrix34<double> const& m);
+    static void setUniform(std::string const& uniform, Matrix4<float> const& m);
+    static void setUniform(std::string const& uniform, Matrix4<double> const& m);
+    // A packed material as its uvec4.
+    static void setUniform(std::string const& uniform, Pbr const& pbr);
     // Arrays: `count` elements of 1, 2, 3 or 4 components.
     static void setUniformArray(std::string const& uniform, int components, float const* values, int count);
     static void setUniformArray(std::string const& uniform, int components, int const* values, int count);

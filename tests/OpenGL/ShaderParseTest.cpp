@@ -111,5 +111,43 @@ TEST(ShaderCount, CountsLiveInstances)
     EXPECT_EQ(Shader::COUNT, before);
 }
 
+TEST(ShaderTransforms, PushThenPopRestoresTheFrameButNotTheOffset)
+{
+    Shader::ProjectionMatrix.m[3] = 2.0;
+    Shader::ModelViewMatrix = Matrix34<double>::Translation({1, 2, 3});
+    Shader::NormalMatrixInv.m[4] = 5.0;
+    Shader::Lens = 35.0f;
+    Shader::PMVSign = -1.0f;
+    std::vector<unsigned char> saved;
+    Shader::Push(saved);
+    size_t record = saved.size();
+    EXPECT_EQ(record, 6 * 128 + 3 * 96 + 2 * 72 + 3 * 4u);
+
+    // A nested render pushes again on top, sets its own transforms, and pops in turn.
+    Shader::ModelViewMatrix = Matrix34<double>::Translation({-1, -1, -1});
+    Shader::Push(saved);
+    Shader::ProjectionMatrix.m[3] = 7.0;
+    Shader::ProjectionOffset.m[0] = 9.0;
+    Shader::Lens = 50.0f;
+    Shader::Pop(saved);
+    EXPECT_EQ(saved.size(), record);
+    EXPECT_EQ(Shader::ProjectionMatrix.m[3], 2.0);
+    EXPECT_EQ(Shader::ModelViewMatrix, Matrix34<double>::Translation({-1, -1, -1}));
+    EXPECT_EQ(Shader::ProjectionOffset.m[0], 9.0); // not part of the record
+    Shader::Pop(saved);
+    EXPECT_TRUE(saved.empty());
+    EXPECT_EQ(Shader::ModelViewMatrix, Matrix34<double>::Translation({1, 2, 3}));
+    EXPECT_EQ(Shader::NormalMatrixInv.m[4], 5.0);
+    EXPECT_EQ(Shader::Lens, 35.0f);
+    EXPECT_EQ(Shader::PMVSign, -1.0f);
+    EXPECT_DEATH(Shader::Pop(saved), "Shader::Pop without a matching Push");
+
+    Shader::ProjectionMatrix = Matrix4<double>();
+    Shader::ProjectionOffset = Matrix4<double>();
+    Shader::ModelViewMatrix = Matrix34<double>();
+    Shader::NormalMatrixInv = Matrix3<double>();
+    Shader::Lens = Shader::PMVSign = 1.0f;
+}
+
 } // namespace
 } // namespace vel
