@@ -191,6 +191,17 @@ TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCall)
     EXPECT_FALSE(a->learning); // replaced as Current: its locations are settled
 }
 
+TEST_F(ShaderTest, ReplacingTheCurrentShaderEndsItsLearning)
+{
+    Shared<Shader> a = ShaderManager::instance().FromText(Unique("replacedA"));
+    Shared<Shader> b = ShaderManager::instance().FromText(Unique("replacedB"));
+    ASSERT_TRUE(a->enable());
+    EXPECT_TRUE(a->learning);
+    ASSERT_TRUE(b->enable()); // a was never disabled
+    EXPECT_FALSE(a->learning);
+    EXPECT_TRUE(b->learning);
+}
+
 TEST_F(ShaderTest, DestroyingTheCurrentShaderClearsTheMirrors)
 {
     {
