@@ -29,6 +29,9 @@
 // make the predicates wrong stops the program at start instead of giving wrong signs later.
 #pragma once
 
+#include "Math/Vector2.h"
+#include "Math/Vector3.h"
+
 namespace vel {
 
 // Measures epsilon and the splitter at run time and asserts that the arithmetic is what
@@ -51,5 +54,28 @@ double InCircle(double const* a, double const* b, double const* c, double const*
 // Positive when e lies inside the sphere through a, b, c, d, which must be ordered so that
 // Orient3D(a, b, c, d) > 0 (the sign flips otherwise); negative outside; zero on the sphere.
 double InSphere(double const* a, double const* b, double const* c, double const* d, double const* e);
+
+// The same on vectors, whose components are contiguous doubles.
+inline double Orient2D(Vector2<double> const& a, Vector2<double> const& b, Vector2<double> const& c)
+{
+    return Orient2D(&a.x, &b.x, &c.x);
+}
+inline double Orient3D(Vector3<double> const& a, Vector3<double> const& b, Vector3<double> const& c,
+                       Vector3<double> const& d)
+{
+    return Orient3D(&a.x, &b.x, &c.x, &d.x);
+}
+inline double InCircle(Vector2<double> const& a, Vector2<double> const& b, Vector2<double> const& c,
+                       Vector2<double> const& d)
+{
+    return InCircle(&a.x, &b.x, &c.x, &d.x);
+}
+inline double InSphere(Vector3<double> const& a, Vector3<double> const& b, Vector3<double> const& c,
+                       Vector3<double> const& d, Vector3<double> const& e)
+{
+    return InSphere(&a.x, &b.x, &c.x, &d.x, &e.x);
+}
+
+static_assert(sizeof(Vector3<double>) == 3 * sizeof(double), "vector components must be contiguous");
 
 } // namespace vel
