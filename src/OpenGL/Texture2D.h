@@ -40,8 +40,8 @@ public:
 
     bool load(std::string const& path) override;
     bool load(std::string const& path, bool mirror, int wrap, int filter);
-    // The same from an image in memory; `name` is kept as the path.
-    bool load(QImage image, std::string const& name, bool mirror, int wrap, int filter);
+    // The same from an image in memory; `path` is kept as the name.
+    bool load(QImage image, std::string const& path, bool mirror, int wrap, int filter);
 
     // New dimensions; the GL storage follows at the next compile.
     void resize(int width, int height);
@@ -60,8 +60,7 @@ public:
     static Vector2<int> LinearSize_2DEven(int n);
 
 private:
-    Texture2D() = default;
-    // glTexImage2D of `pixels` with the parameters; `levels` above 1 generates mipmaps.
+    // glTexImage2D of `pixels` (null: undefined storage) with the texture's parameters.
     bool upload(void const* pixels, bool withMipmaps);
     int maxWidth = 0;  // size limit of the file constructor, 0 for none
     int maxHeight = 0;
