@@ -297,6 +297,30 @@ void Texture::dropData()
         data.clear();
 }
 
+void Texture::describe(int internal, int pixelFormat, int pixelType, int wrapMode, int filterMode)
+{
+    internalFormat = internal;
+    format = pixelFormat;
+    type = pixelType;
+    wrap = wrapMode;
+    filter = filterMode;
+}
+
+void Texture::beginUpload(int minFilter)
+{
+    glGetError();
+    if (textureId == 0)
+        glGenTextures(1, &textureId);
+    GLenum target = GLenum(Target());
+    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
+    glBindTexture(target, textureId);
+    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, minFilter);
+    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, filter);
+    glTexParameteri(target, GL_TEXTURE_WRAP_S, wrap);
+    glTexParameteri(target, GL_TEXTURE_WRAP_T, wrap);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1); // RGB rows of any width are tightly packed
+}
+
 bool Texture::finishCompile(char const* what)
 {
     GLenum error = glGetError();

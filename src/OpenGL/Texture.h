@@ -94,6 +94,12 @@ public:
     void dropData();
 
 protected:
+    // Sets the five format fields at once.
+    void describe(int internalFormat, int format, int type, int wrap, int filter);
+    // Start of every upload: clears the GL error state, makes the GL name if there is none,
+    // binds it at the next free unit (so that no bound texture is disturbed), and sets the
+    // filters (`minFilter` for minification), the S and T wrap and tight unpacking.
+    void beginUpload(int minFilter);
     // After compile: Compiled from glGetError, and the message on failure.
     bool finishCompile(char const* what);
 };

@@ -17,11 +17,7 @@ Shared<Texture2D> Texture2D::Random;
 Texture2D::Texture2D(int width, int height, int internalFormat, int format, int type, int wrap, int filter)
 {
     dimensions = {width, height};
-    this->internalFormat = internalFormat;
-    this->format = format;
-    this->type = type;
-    this->wrap = wrap;
-    this->filter = filter;
+    describe(internalFormat, format, type, wrap, filter);
 }
 
 Texture2D::Texture2D(std::string const& path, bool mirror, int wrap, int filter)
@@ -33,11 +29,7 @@ Texture2D::Texture2D(std::string const& path, int width, int height, bool mirror
     : maxWidth(width)
     , maxHeight(height)
 {
-    internalFormat = GL_RGB8;
-    format = GL_RGB;
-    type = GL_UNSIGNED_BYTE;
-    this->wrap = GL_CLAMP_TO_EDGE;
-    this->filter = GL_LINEAR;
+    describe(GL_RGB8, GL_RGB, GL_UNSIGNED_BYTE, GL_CLAMP_TO_EDGE, GL_LINEAR);
     load(path, mirror, wrap, filter);
 }
 
@@ -45,18 +37,9 @@ Texture2D::Texture2D(std::string const& path, int width, int height, bool mirror
 
 bool Texture2D::upload(void const* pixels, bool withMipmaps)
 {
-    glGetError();
-    if (textureId == 0)
-        glGenTextures(1, &textureId);
-    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
-    glBindTexture(GL_TEXTURE_2D, textureId);
+    beginUpload(withMipmaps ? GL_LINEAR_MIPMAP_LINEAR : filter);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_BASE_LEVEL, 0);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, withMipmaps ? mipMapLevels() - 1 : 0);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, withMipmaps ? GL_LINEAR_MIPMAP_LINEAR : filter);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1); // RGB rows of any width are tightly packed
     glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, width(), height(), 0, GLenum(format), GLenum(type), pixels);
     if (withMipmaps)
         glGenerateMipmap(GL_TEXTURE_2D);
@@ -112,11 +95,7 @@ bool Texture2D::load(QImage image, std::string const& path, bool mirror, int wra
     for (int y = 0; y < image.height(); ++y)
         std::memcpy(data.data() + size_t(y) * size_t(image.width()) * 4, image.constScanLine(y),
                     size_t(image.width()) * 4);
-    internalFormat = GL_RGBA8;
-    format = GL_RGBA;
-    type = GL_UNSIGNED_BYTE;
-    this->wrap = wrap;
-    this->filter = filter;
+    describe(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, wrap, filter);
     return true;
 }
 

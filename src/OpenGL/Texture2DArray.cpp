@@ -12,11 +12,7 @@ namespace vel {
 
 Texture2DArray::Texture2DArray(int wrap, int filter)
 {
-    internalFormat = GL_RGB8;
-    format = GL_RGB;
-    type = GL_UNSIGNED_BYTE;
-    this->wrap = wrap;
-    this->filter = filter;
+    describe(GL_RGB8, GL_RGB, GL_UNSIGNED_BYTE, wrap, filter);
     dimensions = {0, 0, 0};
 }
 
@@ -75,17 +71,8 @@ bool Texture2DArray::compile()
 {
     if (Compiled)
         return true;
-    glGetError();
-    if (textureId == 0)
-        glGenTextures(1, &textureId);
-    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
-    glBindTexture(GL_TEXTURE_2D_ARRAY, textureId);
-    glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_MIN_FILTER, filter);
-    glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_MAG_FILTER, filter);
-    glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_WRAP_S, wrap);
-    glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_WRAP_T, wrap);
+    beginUpload(filter);
     glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_MAX_LEVEL, 0);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     int w = width(), h = height();
     glTexImage3D(GL_TEXTURE_2D_ARRAY, 0, internalFormat, w, h, depth(), 0, GLenum(format), GLenum(type), nullptr);
     for (size_t layer = 0; layer < paths.size(); ++layer) {

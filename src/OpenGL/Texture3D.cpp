@@ -14,11 +14,7 @@ Texture3D::Texture3D(int width, int height, int depth, int internalFormat, int f
                      int filter)
 {
     dimensions = {width, height, depth};
-    this->internalFormat = internalFormat;
-    this->format = format;
-    this->type = type;
-    this->wrap = wrap;
-    this->filter = filter;
+    describe(internalFormat, format, type, wrap, filter);
 }
 
 Texture3D::Texture3D(std::string const& path, bool mirror)
@@ -72,9 +68,7 @@ bool Texture3D::load(std::string const& path, bool mirror)
     }
     loadFailed = false;
     int w = frames.front().width(), h = frames.front().height();
-    internalFormat = GL_RGBA8;
-    format = GL_RGBA;
-    type = GL_UNSIGNED_BYTE;
+    describe(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, wrap, filter);
     resize(w, h, int(frames.size()));
     size_t row = size_t(w) * 4;
     data.resize(row * size_t(h) * frames.size());
@@ -89,18 +83,9 @@ bool Texture3D::compile()
 {
     if (Compiled)
         return true;
-    glGetError();
-    if (textureId == 0)
-        glGenTextures(1, &textureId);
-    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
-    glBindTexture(GL_TEXTURE_3D, textureId);
-    glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_MIN_FILTER, filter);
-    glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_MAG_FILTER, filter);
-    glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_WRAP_S, wrap);
-    glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_WRAP_T, wrap);
+    beginUpload(filter);
     glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_WRAP_R, GL_REPEAT); // animations loop
     glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_MAX_LEVEL, 0);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     glTexImage3D(GL_TEXTURE_3D, 0, internalFormat, width(), height(), depth(), 0, GLenum(format), GLenum(type),
                  data.empty() ? nullptr : data.data());
     glBindTexture(GL_TEXTURE_3D, 0);

@@ -25,11 +25,7 @@ TextureCube::TextureCube(int size, int internalFormat, int format, int type, int
     : faceSize(size)
 {
     dimensions = {size, size};
-    this->internalFormat = internalFormat;
-    this->format = format;
-    this->type = type;
-    this->wrap = wrap;
-    this->filter = filter;
+    describe(internalFormat, format, type, wrap, filter);
 }
 
 TextureCube::TextureCube(std::string const& path, int size)
@@ -67,11 +63,7 @@ bool TextureCube::load(std::string const& path)
     loadFailed = false;
     bool alpha = image.hasAlphaChannel();
     image = image.mirrored(false, true).convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
-    internalFormat = alpha ? GL_RGBA8 : GL_RGB8;
-    format = alpha ? GL_RGBA : GL_RGB;
-    type = GL_UNSIGNED_BYTE;
-    wrap = GL_CLAMP_TO_EDGE;
-    filter = GL_LINEAR;
+    describe(alpha ? GL_RGBA8 : GL_RGB8, alpha ? GL_RGBA : GL_RGB, GL_UNSIGNED_BYTE, GL_CLAMP_TO_EDGE, GL_LINEAR);
     size_t row = size_t(image.width()) * (alpha ? 4 : 3);
     data.resize(row * size_t(image.height()));
     for (int y = 0; y < image.height(); ++y)
@@ -214,6 +206,8 @@ bool TextureCube::compile()
             glTexSubImage2D(target, 0, 0, 0, size, size, GLenum(format), GLenum(type), staged);
     }
     data.clear();
+    // Parameters on the first compile only: a derived cube (the environment) sets its own
+    // levels and filters afterwards, and a recompile must keep them.
     if (first) {
         glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, filter);
         glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAG_FILTER, filter);

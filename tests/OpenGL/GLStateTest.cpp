@@ -7,10 +7,25 @@
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/VertexBuffer.h"
 
+#include <memory>
+
 namespace vel::test {
 namespace {
 
-class GLStateTest : public GLResourceTest {};
+class GLStateTest : public GLResourceTest {
+protected:
+    // An RGBA8 target of size x size, bound, in the viewport, cleared to transparent black.
+    void useClearedTarget(int size)
+    {
+        target = std::make_unique<FBO>(dsNone, size, size);
+        target->addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+        ASSERT_TRUE(target->enable());
+        glViewport(0, 0, size, size);
+        glClearColor(0, 0, 0, 0);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+    std::unique_ptr<FBO> target;
+};
 
 TEST_F(GLStateTest, SetCallsGLOnlyOnAChange)
 {
@@ -53,12 +68,7 @@ TEST_F(GLStateTest, GLInitResetsTheSharedState)
 
 TEST_F(GLStateTest, FillCoversTheTargetEvenWithCullingOn)
 {
-    FBO target(dsNone, 3, 3);
-    target.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    ASSERT_TRUE(target.enable());
-    glViewport(0, 0, 3, 3);
-    glClearColor(0, 0, 0, 0);
-    glClear(GL_COLOR_BUFFER_BIT);
+    useClearedTarget(3);
     glCullFace(GL_FRONT); // the quad faces front: culling would drop it
     gl_Cull_Face.set(true);
     ASSERT_TRUE(ShaderManager::instance().ShaderFillVec4->enable());
@@ -75,12 +85,7 @@ TEST_F(GLStateTest, FillCoversTheTargetEvenWithCullingOn)
 
 TEST_F(GLStateTest, SegmentDrawsALine)
 {
-    FBO target(dsNone, 5, 5);
-    target.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    ASSERT_TRUE(target.enable());
-    glViewport(0, 0, 5, 5);
-    glClearColor(0, 0, 0, 0);
-    glClear(GL_COLOR_BUFFER_BIT);
+    useClearedTarget(5);
     Shared<Shader> s = ShaderManager::instance().FromText(
         "##VERTEX\nvoid main() { gl_Position = vec4(gl_VertexID == 0 ? -1.0 : 1.0, 0.0, 0.0, 1.0); }\n"
         "##FRAGMENT\nout vec4 c;\nvoid main() { c = vec4(1.0); }\n");
