@@ -269,8 +269,6 @@ public:
     static std::unique_ptr<Mesh> Gear(int teeth, float r0, float r1, float r2, float halfWidth, float bevel);
 
 private:
-    std::vector<char> flippedEdges; // pairEdges -> fixOrientation: records reversed so far
-
     void pairEdges(bool& orientation, bool& nonManifold);
     bool fixOrientation();
     bool splitNonManifoldVertices();

@@ -15,42 +15,6 @@
 
 namespace vel {
 
-namespace {
-
-// Reverses one half-edge in place: its ends and its ring links.
-void reverseEdge(MeshEdge& e)
-{
-    std::swap(e.v[0], e.v[1]);
-    std::swap(e.e[0], e.e[1]);
-}
-
-// Per-corner data belongs to the corner, not the record: after the half-edges of a face were
-// reversed, the corner at a vertex is a different record, so the data moves along the ring.
-void rotateCornerData(Mesh& m, std::vector<char> const& flipped)
-{
-    std::vector<uint32_t> normals(m.edges.size());
-    std::vector<Pbr> mats(m.materials.size());
-    std::vector<uint32_t> uvs(m.uvs.size());
-    for (std::size_t i = 0; i < m.edges.size(); ++i) {
-        normals[i] = m.edges[i].normal;
-        if (!mats.empty())
-            mats[i] = m.materials[i];
-        if (!uvs.empty())
-            uvs[i] = m.uvs[i];
-    }
-    for (std::size_t i = 0; i < m.edges.size(); ++i) {
-        if (!flipped[i])
-            continue;
-        std::size_t from = std::size_t(m.edges[i].e[1]);
-        m.edges[i].normal = normals[from];
-        if (!mats.empty())
-            m.materials[i] = mats[from];
-        if (!uvs.empty())
-            m.uvs[i] = uvs[from];
-    }
-}
-
-} // namespace
 
 // ---- buildConnectivity ------------------------------------------------------------------------
 
@@ -155,7 +119,6 @@ void Mesh::pairEdges(bool& orientation, bool& nonManifold)
     }
     // start[v] now holds the end of bucket v; bucket v begins at start[v - 1].
 
-    std::vector<char> flipped;
     auto pair = [this](int a, int b) {
         edges[std::size_t(a)].half = b;
         edges[std::size_t(b)].half = a;
@@ -180,10 +143,8 @@ void Mesh::pairEdges(bool& orientation, bool& nonManifold)
                 } else if (entry[k] < 0) {
                     entry[k] = x;
                 } else if (entry[1 - k] < 0) {
-                    reverseEdge(e);
-                    if (flipped.empty())
-                        flipped.assign(ne, 0);
-                    flipped[std::size_t(x)] ^= 1;
+                    // Runs the wrong way: paired as if reversed, and entered under the reverse
+                    // key. Its face is turned as a whole in fixOrientation.
                     pair(x, entry[k]);
                     entry[1 - k] = x;
                     orientation = true;
@@ -197,71 +158,49 @@ void Mesh::pairEdges(bool& orientation, bool& nonManifold)
         }
         begin = end;
     }
-    if (orientation) {
-        // The reversal of single half-edges is completed face by face in fixOrientation;
-        // remember which records turned so their corner data can follow.
-        flippedEdges.swap(flipped);
-    }
 }
 
-// Breadth-first over half-edges: each neighbour (twin, ring next, ring previous) that runs
-// the wrong way relative to the current one is reversed, so every face ends up turned to
-// agree with the lowest unvisited half-edge of its component. Pairs that still run the same
-// way afterwards (a non-orientable surface) are broken into borders.
+// Breadth-first over faces from the lowest unvisited one: a neighbour across a pair whose
+// halves run the same way must turn relative to the current face. A face reached twice with
+// contradicting demands (a non-orientable surface) keeps its first decision and that pair is
+// broken into borders. Turned faces are reversed whole, so rings stay rings.
 bool Mesh::fixOrientation()
 {
-    std::size_t ne = edges.size();
-    std::vector<char> flipped;
-    flipped.swap(flippedEdges);
-    if (flipped.size() != ne)
-        flipped.assign(ne, 0);
-    std::vector<char> visited(ne, 0);
+    std::size_t nf = faces.size();
+    std::vector<signed char> turn(nf, -1);
     std::vector<int> queue;
-    auto turn = [&](int x) {
-        reverseEdge(edges[std::size_t(x)]);
-        flipped[std::size_t(x)] ^= 1;
-    };
-    for (std::size_t s = 0; s < ne; ++s) {
-        if (visited[s] || !edges[s].is(MeshEdge::ACTIVE))
-            continue;
-        visited[s] = 1;
-        queue.assign(1, int(s));
-        for (std::size_t q = 0; q < queue.size(); ++q) {
-            int c = queue[q];
-            MeshEdge const& ce = edges[std::size_t(c)];
-            int h = ce.half, n = ce.e[1], p = ce.e[0];
-            if (h >= 0 && !visited[std::size_t(h)]) {
-                if (edges[std::size_t(h)].v[0] == ce.v[0])
-                    turn(h);
-                visited[std::size_t(h)] = 1;
-                queue.push_back(h);
-            }
-            if (n >= 0 && !visited[std::size_t(n)]) {
-                if (edges[std::size_t(n)].e[0] != c && edges[std::size_t(n)].e[1] == c)
-                    turn(n);
-                visited[std::size_t(n)] = 1;
-                queue.push_back(n);
-            }
-            if (p >= 0 && !visited[std::size_t(p)]) {
-                if (edges[std::size_t(p)].e[1] != c && edges[std::size_t(p)].e[0] == c)
-                    turn(p);
-                visited[std::size_t(p)] = 1;
-                queue.push_back(p);
-            }
-        }
-    }
-    for (std::size_t i = 0; i < ne; ++i) {
-        MeshEdge& e = edges[i];
-        if (e.half >= 0 && edges[std::size_t(e.half)].v[0] == e.v[0]) {
-            edges[std::size_t(e.half)].half = -1;
-            e.half = -1;
-        }
-    }
     bool any = false;
-    for (char f : flipped)
-        any = any || f;
-    if (any)
-        rotateCornerData(*this, flipped);
+    for (std::size_t seed = 0; seed < nf; ++seed) {
+        if (turn[seed] >= 0 || !faces[seed].is(MeshFace::ACTIVE))
+            continue;
+        turn[seed] = 0;
+        queue.assign(1, int(seed));
+        for (std::size_t q = 0; q < queue.size(); ++q) {
+            int f = queue[q];
+            int s = faces[std::size_t(f)].edge, c = s;
+            std::size_t steps = 0;
+            do {
+                MeshEdge& e = edges[std::size_t(c)];
+                if (e.half >= 0) {
+                    MeshEdge& h = edges[std::size_t(e.half)];
+                    int g = h.face;
+                    auto need = static_cast<signed char>(turn[std::size_t(f)] ^ (h.v[0] == e.v[0] ? 1 : 0));
+                    if (turn[std::size_t(g)] < 0) {
+                        turn[std::size_t(g)] = need;
+                        any = any || need;
+                        queue.push_back(g);
+                    } else if (turn[std::size_t(g)] != need) {
+                        h.half = -1;
+                        e.half = -1;
+                    }
+                }
+                c = e.e[1];
+            } while (c != s && ++steps <= edges.size());
+        }
+    }
+    for (std::size_t f = 0; f < nf; ++f)
+        if (turn[f] == 1)
+            faceFlip(int(f));
     return any;
 }
 
