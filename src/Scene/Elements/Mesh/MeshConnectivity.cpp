@@ -51,9 +51,7 @@ bool Mesh::buildConnectivity()
             compaction = true;
     }
 
-    initializeVerts();
-
-    // Sharpness belongs to the pair.
+    // Sharpness belongs to the pair; vertex flags are derived from it, so this comes first.
     for (std::size_t i = 0; i < edges.size(); ++i) {
         MeshEdge& e = edges[i];
         if (e.half < 0 || std::size_t(e.half) > i)
@@ -64,6 +62,8 @@ bool Mesh::buildConnectivity()
             h.set(MeshEdge::SHARP);
         }
     }
+
+    initializeVerts();
 
     if (compaction)
         hasInactive = true;
