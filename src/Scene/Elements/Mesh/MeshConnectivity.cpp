@@ -9,7 +9,7 @@
 
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
-#include "Memory/ScratchpadMemory.h"
+#include "Scene/Elements/Mesh/MeshScratch.h"
 
 #include <algorithm>
 
@@ -84,15 +84,8 @@ bool Mesh::buildConnectivity()
 void Mesh::pairEdges(bool& orientation, bool& nonManifold)
 {
     std::size_t nv = verts.size(), ne = edges.size();
-    std::size_t bytes = (nv + 1 + ne) * sizeof(int);
     std::vector<int> fallback;
-    int* start;
-    if (bytes <= ScratchPadGeometry::SIZE) {
-        start = ScratchPadGeometry::instance().at<int>(0, nv + 1 + ne);
-    } else {
-        fallback.resize(nv + 1 + ne);
-        start = fallback.data();
-    }
+    int* start = GeometryScratch(nv + 1 + ne, fallback);
     int* bucket = start + nv + 1;
     std::fill(start, start + nv + 1, 0);
 

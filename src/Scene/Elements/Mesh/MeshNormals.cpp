@@ -7,6 +7,7 @@
 
 #include "Memory/ScratchpadMemory.h"
 #include "Scene/Elements/Mesh/MeshGeometry.h"
+#include "Scene/Elements/Mesh/MeshScratch.h"
 
 #include <cmath>
 
@@ -37,13 +38,7 @@ void Mesh::calculateNormals()
 {
     std::size_t nf = faces.size();
     std::vector<Vector3<float>> fallback;
-    Vector3<float>* normals;
-    if (nf * sizeof(Vector3<float>) <= ScratchPadGeometry::SIZE) {
-        normals = ScratchPadGeometry::instance().at<Vector3<float>>(0, nf);
-    } else {
-        fallback.resize(nf);
-        normals = fallback.data();
-    }
+    Vector3<float>* normals = GeometryScratch(nf, fallback);
     for (std::size_t f = 0; f < nf; ++f)
         normals[f] = Vector3<float>(calculatePreciseFaceNormal(int(f)).normalize());
     for (std::size_t v = 0; v < verts.size(); ++v)

@@ -15,7 +15,7 @@
 #include "Scene/Elements/Mesh/Mesh.h"
 
 #include "Core/Assert.h"
-#include "Memory/ScratchpadMemory.h"
+#include "Scene/Elements/Mesh/MeshScratch.h"
 
 #include <algorithm>
 #include <cmath>
@@ -233,13 +233,7 @@ void Mesh::smoothAll(float amount)
 {
     std::size_t nv = verts.size();
     std::vector<Vector3<float>> fallback;
-    Vector3<float>* target;
-    if (nv * sizeof(Vector3<float>) <= ScratchPadGeometry::SIZE) {
-        target = ScratchPadGeometry::instance().at<Vector3<float>>(0, nv);
-    } else {
-        fallback.resize(nv);
-        target = fallback.data();
-    }
+    Vector3<float>* target = GeometryScratch(nv, fallback);
     for (std::size_t v = 0; v < nv; ++v)
         target[v] = vertSmoothPosition(int(v));
     for (std::size_t v = 0; v < nv; ++v) {

@@ -121,6 +121,19 @@ std::string Violations(Mesh const& mesh)
     return out.str();
 }
 
+double SignedVolume(Mesh const& m)
+{
+    double volume = 0;
+    for (std::size_t f = 0; f < m.faces.size(); ++f) {
+        auto v = m.faceVerts(int(f));
+        for (std::size_t i = 1; i + 1 < v.size(); ++i) {
+            Vector3<double> a(m.verts[v[0]].position), b(m.verts[v[i]].position), c(m.verts[v[i + 1]].position);
+            volume += a.dot(b.cross(c)) / 6;
+        }
+    }
+    return volume;
+}
+
 int SharpEdgeCount(Mesh const& mesh)
 {
     int n = 0;

@@ -32,6 +32,9 @@ std::unique_ptr<Mesh> NonManifoldVertex();   // two closed pyramids touching at 
 // Renders the validator's list for a failure message; empty when the mesh is valid.
 std::string Violations(Mesh const& mesh);
 
+// The signed volume enclosed by the faces (positive when they face outward).
+double SignedVolume(Mesh const& mesh);
+
 // Counts the corners whose half-edge is sharp, each pair once.
 int SharpEdgeCount(Mesh const& mesh);
 

@@ -10,19 +10,6 @@
 namespace vel {
 namespace {
 
-double Volume(Mesh const& m)
-{
-    double volume = 0;
-    for (std::size_t f = 0; f < m.faces.size(); ++f) {
-        auto v = m.faceVerts(int(f));
-        for (std::size_t i = 1; i + 1 < v.size(); ++i) {
-            Vector3<double> a(m.verts[v[0]].position), b(m.verts[v[i]].position), c(m.verts[v[i + 1]].position);
-            volume += a.dot(b.cross(c)) / 6;
-        }
-    }
-    return volume;
-}
-
 bool Closed(Mesh const& m)
 {
     for (std::size_t i = 0; i < m.edges.size(); ++i)
@@ -64,7 +51,7 @@ TEST(MeshFactories, ClosedSolidsAreValidOutwardAndUnitSized)
         EXPECT_EQ(m->faces.size(), s.faces);
         EXPECT_TRUE(Closed(*m));
         EXPECT_EQ(m->components, 1);
-        EXPECT_GT(Volume(*m), 0.0) << "wound outward";
+        EXPECT_GT(test::SignedVolume(*m), 0.0) << "wound outward";
         if (s.sharpEdges >= 0) {
             EXPECT_EQ(test::SharpEdgeCount(*m), s.sharpEdges);
         }

@@ -11,19 +11,6 @@ namespace {
 
 using test::LogCapture;
 
-double SignedVolume(Mesh const& m)
-{
-    double volume = 0;
-    for (std::size_t f = 0; f < m.faces.size(); ++f) {
-        auto v = m.faceVerts(int(f));
-        for (std::size_t i = 1; i + 1 < v.size(); ++i) {
-            Vector3<double> a(m.verts[v[0]].position), b(m.verts[v[i]].position), c(m.verts[v[i + 1]].position);
-            volume += a.dot(b.cross(c)) / 6;
-        }
-    }
-    return volume;
-}
-
 // Edge records by value, to show that a refused edit changed nothing.
 std::vector<int> Snapshot(Mesh const& m)
 {
@@ -81,7 +68,7 @@ TEST(MeshSubdivide, SmoothCubeRoundsOff)
     ASSERT_MESH_VALID(*m);
     for (int v = 0; v < 8; ++v)
         EXPECT_LT(m->verts[v].position.length(), std::sqrt(0.75f) - 0.05f);
-    EXPECT_GT(SignedVolume(*m), 0.3);
+    EXPECT_GT(test::SignedVolume(*m), 0.3);
 }
 
 TEST(MeshSubdivide, QuadBesideATriangleSharesOneEdgeVertex)
@@ -270,7 +257,7 @@ TEST(MeshEdgeFlip, DiagonalOfAFlatPairTurns)
     EXPECT_TRUE(m->findEdge(1, 3) >= 0 || m->findEdge(3, 1) >= 0);
     EXPECT_LT(m->findEdge(0, 2), 0);
     EXPECT_LT(m->findEdge(2, 0), 0);
-    EXPECT_NEAR(SignedVolume(*m), 0, 1e-12);
+    EXPECT_NEAR(test::SignedVolume(*m), 0, 1e-12);
     EXPECT_TRUE(m->edgeFlip(e)); // and back
     ASSERT_MESH_VALID(*m);
 }
@@ -308,16 +295,16 @@ TEST(MeshFlip, FlipNormalsTurnsEveryFaceAndTwiceRestores)
     int corner = m->faces[0].edge;
     int at = m->edges[corner].v[1];
     m->materials[corner] = dark;
-    double volume = SignedVolume(*m);
+    double volume = test::SignedVolume(*m);
     m->flipNormals();
     ASSERT_MESH_VALID(*m);
-    EXPECT_NEAR(SignedVolume(*m), -volume, 1e-9);
+    EXPECT_NEAR(test::SignedVolume(*m), -volume, 1e-9);
     // The material stays at its corner: face 0, vertex `at`.
     for (int e : m->edgeLoop(m->faces[0].edge))
         EXPECT_EQ(m->materials[e] == dark, m->edges[e].v[1] == at);
     m->flipNormals();
     ASSERT_MESH_VALID(*m);
-    EXPECT_NEAR(SignedVolume(*m), volume, 1e-9);
+    EXPECT_NEAR(test::SignedVolume(*m), volume, 1e-9);
 }
 
 TEST(MeshFlip, BorderVerticesKeepTheirFanStart)

@@ -100,12 +100,7 @@ TEST(MeshRepair, FlippedFacesOfAClosedMeshAreTurnedBack)
     for (std::size_t i = 0; i < m->edges.size(); ++i)
         EXPECT_GE(m->edges[i].half, 0) << "closed mesh has no border after repair";
     // All faces turned the same way: the signed volume is that of the octahedron (4/3).
-    double volume = 0;
-    for (std::size_t f = 0; f < m->faces.size(); ++f) {
-        auto v = m->faceVerts(int(f));
-        Vector3<double> a(m->verts[v[0]].position), b(m->verts[v[1]].position), c(m->verts[v[2]].position);
-        volume += a.dot(b.cross(c)) / 6;
-    }
+    double volume = test::SignedVolume(*m);
     EXPECT_NEAR(std::abs(volume), 4.0 / 3.0, 1e-9);
 }
 
@@ -417,23 +412,8 @@ TEST(MeshMerging, AppendTransformsAndKeepsBothParts)
     n->append(c.get(), Matrix34<double>::Mirror({3, 0, 0}, {1, 0, 0}));
     EXPECT_MESH_VALID(*n);
     EXPECT_EQ(n->repairs, 0u);
-    double volume = 0;
-    for (std::size_t f = 6; f < n->faces.size(); ++f) {
-        auto v = n->faceVerts(int(f));
-        for (std::size_t i = 1; i + 1 < v.size(); ++i) {
-            Vector3<double> a(n->verts[v[0]].position), b(n->verts[v[i]].position), d(n->verts[v[i + 1]].position);
-            volume += a.dot(b.cross(d)) / 6;
-        }
-    }
-    double original = 0;
-    for (std::size_t f = 0; f < 6; ++f) {
-        auto v = n->faceVerts(int(f));
-        for (std::size_t i = 1; i + 1 < v.size(); ++i) {
-            Vector3<double> a(n->verts[v[0]].position), b(n->verts[v[i]].position), d(n->verts[v[i + 1]].position);
-            original += a.dot(b.cross(d)) / 6;
-        }
-    }
-    EXPECT_NEAR(volume, original, 1e-9);
+    // Both halves enclose the same volume: the copy was not turned inside out.
+    EXPECT_NEAR(test::SignedVolume(*n), 2 * test::SignedVolume(*test::ClosedCube()), 1e-9);
 }
 
 TEST(MeshValidate, ReportsCorruptionWithoutHanging)
