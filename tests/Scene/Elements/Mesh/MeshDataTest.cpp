@@ -286,9 +286,9 @@ TEST(MeshDataFuzz, MutatedRecordsNeverBreakTheMesh)
             case 2: { // a small index nudged up or down
                 std::size_t word = at & ~std::size_t(3);
                 if (word + 4 <= bytes.size()) {
-                    int v;
+                    uint32_t v;
                     std::memcpy(&v, &bytes[word], 4);
-                    v += int(rng() % 5) - 2;
+                    v += uint32_t(rng() % 5) - 2u; // wraps like the int it may be
                     std::memcpy(&bytes[word], &v, 4);
                 }
                 break;
