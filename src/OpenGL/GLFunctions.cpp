@@ -1,0 +1,46 @@
+#include "OpenGL/GLFunctions.h"
+
+#include "Core/Assert.h"
+#include "OpenGL/GLMachine.h"
+#include "OpenGL/GLState.h"
+#include "OpenGL/Shader.h"
+#include "OpenGL/Texture2D.h"
+
+#include <glad/gl.h>
+
+namespace vel {
+
+void GLInit()
+{
+    gl_Depth_Test.set(true);
+    gl_Cull_Face.set(false);
+    gl_Stencil_Test.set(false);
+    glDepthMask(GL_TRUE);
+    glDepthFunc(GL_LESS);
+    glDisable(GL_MULTISAMPLE);
+    glDisable(GL_BLEND);
+    glEnable(GL_TEXTURE_CUBE_MAP_SEAMLESS);
+}
+
+void GLFill()
+{
+    if (gl_Cull_Face.value)
+        gl_Cull_Face.set(false);
+    glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
+}
+
+void GLSegment()
+{
+    glDrawArrays(GL_LINES, 0, 2);
+}
+
+void GLSimpleFilter(Shader* shader, Texture2D* source, Texture2D* target)
+{
+    glDrawBuffer(GLenum(target ? target->attachment : GL_COLOR_ATTACHMENT0));
+    GLMachine m{shader, source};
+    VEL_ASSERT(m.enable());
+    Shader::setUniform("Image", source->activeTexture());
+    GLFill();
+}
+
+} // namespace vel

@@ -1,0 +1,116 @@
+#include "OpenGL/ShaderManager.h"
+
+#include "Core/Assert.h"
+#include "OpenGL/ShaderIncludeManager.h"
+#include "OpenGL/SimplifiedString.h"
+
+#include <QFile>
+#include <QString>
+
+namespace vel {
+
+ShaderManager::ShaderManager()
+{
+    // Registered first, so that user shaders can include them (shader layers, object shaders).
+    ShaderIncludeManager::instance();
+
+    ShaderCopy = builtin(FromFile(Path("Copy")));
+    ShaderCopyGreyMax = builtin(FromFile(Path("Copy"), "", "GREY_MAX"));
+    ShaderFillVec4 = builtin(FromFile(Path("FillVec4")));
+}
+
+Shader* ShaderManager::builtin(Shared<Shader> const& shader)
+{
+    catalogue.push_back(shader.get());
+    return shader.get();
+}
+
+std::string ShaderManager::Path(std::string const& name)
+{
+    return ":/shaders/" + name + ".glsl";
+}
+
+std::string ShaderManager::ReadFile(std::string const& path)
+{
+    QFile file(QString::fromStdString(path));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return {};
+    return file.readAll().toStdString();
+}
+
+std::string ShaderManager::Key(std::string const& simplified, std::string const& vert_defs,
+                               std::string const& frag_defs)
+{
+    std::string key;
+    if (!vert_defs.empty())
+        key += "##VERT_DEFS( " + vert_defs + " ) ";
+    if (!frag_defs.empty())
+        key += "##FRAG_DEFS( " + frag_defs + " ) ";
+    key += simplified;
+    return QString::fromStdString(key).simplified().toStdString();
+}
+
+Shared<Shader> ShaderManager::FromText(std::string const& text, std::string const& vert_defs,
+                                       std::string const& frag_defs)
+{
+    if (text.empty())
+        return {};
+    std::string simplified = SimplifiedString(text);
+    std::string key = Key(simplified, vert_defs, frag_defs);
+    auto found = shaders.find(key);
+    if (found != shaders.end())
+        return found->second;
+    Shared<Shader> shader(new Shader(simplified, vert_defs, frag_defs));
+    shaders.emplace(key, shader);
+    return shader;
+}
+
+namespace {
+
+// The first file a shader comes from names it in messages.
+Shared<Shader> Named(Shared<Shader> shader, std::string const& name)
+{
+    if (shader && shader->name.empty())
+        shader->name = name;
+    return shader;
+}
+
+} // namespace
+
+Shared<Shader> ShaderManager::FromFile(std::string const& filename, std::string const& vert_defs,
+                                       std::string const& frag_defs)
+{
+    VEL_ASSERT(!filename.empty());
+    return Named(FromText(ReadFile(filename), vert_defs, frag_defs), filename);
+}
+
+Shared<Shader> ShaderManager::FromFiles(std::string const& vert_file, std::string const& frag_file,
+                                        std::string const& vert_defs, std::string const& frag_defs)
+{
+    VEL_ASSERT(!vert_file.empty() && !frag_file.empty());
+    std::string vertex = ReadFile(vert_file);
+    std::string fragment = ReadFile(frag_file);
+    // A program needs both halves: a missing one yields no shader rather than half of one.
+    if (vertex.empty() || fragment.empty())
+        return {};
+    return Named(FromText(vertex + "\n" + fragment, vert_defs, frag_defs), vert_file + " " + frag_file);
+}
+
+Shared<Shader> ShaderManager::FromVFileFText(std::string const& vert_file, std::string const& frag_text,
+                                             std::string const& vert_defs, std::string const& frag_defs)
+{
+    VEL_ASSERT(!vert_file.empty() && !frag_text.empty());
+    std::string vertex = ReadFile(vert_file);
+    if (vertex.empty())
+        return {};
+    return Named(FromText(vertex + "\n##FRAGMENT\n" + frag_text, vert_defs, frag_defs), vert_file);
+}
+
+void ShaderManager::clear()
+{
+    catalogue.clear();
+    ShaderCopy = ShaderCopyGreyMax = ShaderFillVec4 = nullptr;
+    shaders.clear();
+}
+
+} // namespace vel

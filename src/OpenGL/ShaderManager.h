@@ -1,0 +1,66 @@
+// ShaderManager: the cache of every shader program, and the built-in catalogue.
+//
+// Shaders are not made by `new`: the factories below key the cache on the simplified source
+// and the two define lists, so two requests that differ only by comments or white space
+// share one program, while the same text with other defines makes another. Nothing compiles
+// here: the manager can be filled before a GL context exists, and each program is built on
+// its first enable() on the GL thread.
+//
+// The built-in members are named "Shader" + the file's name; their files live under
+// ":/shaders/" (see Path). Each is described in the constructor, and recorded in `catalogue`.
+#pragma once
+
+#include "Memory/Shared.h"
+#include "Memory/Singleton.h"
+#include "OpenGL/Shader.h"
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vel {
+
+class ShaderManager : public Singleton<ShaderManager> {
+    friend class Singleton<ShaderManager>;
+
+public:
+    std::unordered_map<std::string, Shared<Shader>> shaders; // cache key -> program
+    std::vector<Shader*> catalogue;                          // the built-in members, in order
+
+    // ---- built-in members
+    Shader* ShaderCopy = nullptr;        // "Copy": the texture "Image" to the target
+    Shader* ShaderCopyGreyMax = nullptr; // "Copy" with GREY_MAX: grey from the largest channel
+    Shader* ShaderFillVec4 = nullptr;    // "FillVec4": the uniform "Color" everywhere
+
+    // ---- factories; each returns a null Shared when the text comes out empty
+    Shared<Shader> FromText(std::string const& text, std::string const& vert_defs = {},
+                            std::string const& frag_defs = {});
+    // One file holding both stages.
+    Shared<Shader> FromFile(std::string const& filename, std::string const& vert_defs = {},
+                            std::string const& frag_defs = {});
+    // A vertex file and a fragment file, each with its own stage marker, joined.
+    Shared<Shader> FromFiles(std::string const& vert_file, std::string const& frag_file,
+                             std::string const& vert_defs = {}, std::string const& frag_defs = {});
+    // A vertex file and a fragment text, joined by a "##FRAGMENT" line.
+    Shared<Shader> FromVFileFText(std::string const& vert_file, std::string const& frag_text,
+                                  std::string const& vert_defs = {}, std::string const& frag_defs = {});
+
+    // The cache key of a source and its defines.
+    static std::string Key(std::string const& simplified, std::string const& vert_defs,
+                           std::string const& frag_defs);
+    // ":/shaders/" + name + ".glsl".
+    static std::string Path(std::string const& name);
+    // The whole file, through QFile in text mode; "" when it can't be read.
+    static std::string ReadFile(std::string const& path);
+
+    // Drops the built-in members and the cache, with their GL objects: call while the
+    // context is current, before it goes.
+    void clear();
+
+private:
+    ShaderManager();
+    // Records a built-in member (null when its file is missing) and returns it.
+    Shader* builtin(Shared<Shader> const& shader);
+};
+
+} // namespace vel

@@ -1,0 +1,283 @@
+// Mesh: the polygonal element, a half-edge structure over vertices, half-edges and faces of
+// any number of sides, with derived components and patches, per-corner normals and optional
+// per-corner materials (data type 1) or UVs (data type 2).
+//
+// HALF-EDGE INVARIANTS (Mesh::validate() checks every one; tests run it after each operation)
+//
+//  Records. `verts`, `edges`, `faces` hold the records; after any public operation every record
+//  is active (the has-inactive flag is clear). An index field of -1 is unset.
+//  Half-edge. edges[e] runs from v[0] to v[1], v[0] != v[1]. It is also the corner of its
+//  face at v[1]: the corner's normal, `materials[e]` and `uvs[e]` belong to v[1] in that face.
+//  Ring. e[0] and e[1] are the previous and next half-edge of the face ring:
+//  edges[e.e[1]].e[0] == e, edges[e.e[0]].e[1] == e, edges[e.e[0]].v[1] == e.v[0]. Following
+//  e[1] from faces[f].edge returns to it after at least 3 steps, and every half-edge on the
+//  way has face == f. The ring's first half-edge ends at the face's first vertex.
+//  Twin. `half` is the opposite half-edge, or -1 on a border. When set: edges[half].half == e,
+//  edges[half].v[0] == e.v[1], edges[half].v[1] == e.v[0], and the twin lies in another face.
+//  So neighbouring faces are consistently oriented. An edge shared by three or more faces is
+//  never paired: all its halves are borders.
+//  Sharp. Sharpness belongs to the pair: both halves carry MeshEdge::SHARP, or neither.
+//  Vertex fan. An active vertex's `edge` arrives at it (edges[edge].v[1] == vertex). The
+//  forward walk c -> edges[edges[c].e[1]].half from `edge` visits every half-edge arriving at
+//  the vertex exactly once: each vertex has one fan (non-manifold vertices are split). On a
+//  border vertex `edge` is the border half-edge (half == -1) where the fan begins, and the
+//  walk ends at the outgoing border. BORDER is set exactly on such vertices; SHARP on those
+//  with a sharp or border edge; ANCHOR implies SHARP.
+//  Counts. `triangles` is the sum over faces of (sides - 2). `component` of every face is in
+//  [0, components) and equal across every paired edge; `patch` is in [0, patches) and equal
+//  across every paired edge that is not sharp.
+//
+// SCRATCH PADS: buildConnectivity (pairing) and smoothAll use ScratchPadGeometry; face normals
+// ScratchPadBrush; vertex normal groups ScratchPadSculpt. None of these calls another on the
+// same pad while it holds it.
+//
+// Index (where each section is defined)
+// - records, building, queries, lifecycle, extraction ........... Mesh.cpp
+// - connectivity repair, vertex flags, components, compaction ... MeshConnectivity.cpp
+// - normals and sharpness ......................................... MeshNormals.cpp
+// - subdivision, smoothing, welding, local edits ................. MeshOperations.cpp
+// - validation ................................................... MeshValidate.cpp
+// - file fields (DataSize, DataWrite, DataRead) .................. MeshData.cpp
+// - OBJ import and export ........................................ MeshFile.cpp
+// - factories (shapes) ........................................... MeshGeometry.cpp
+#pragma once
+
+#include "Math/AABB.h"
+#include "Math/Matrix34.h"
+#include "Math/Pbr.h"
+#include "Math/Vector3.h"
+#include "Scene/Elements/Mesh/ChunkedSequence.h"
+#include "Scene/Elements/Mesh/MeshEdge.h"
+#include "Scene/Elements/Mesh/MeshFace.h"
+#include "Scene/Elements/Mesh/MeshVert.h"
+
+#include <cstdint>
+#include <deque>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vel {
+
+class IFile;
+class OFile;
+
+// How initialize normalises a shape: 0 keeps center and scale; 1 centres on the mean of the
+// points, scale twice the largest distance; 2 centres on the box, scale its largest side.
+using TResizeStyle = int;
+
+// One broken rule found by Mesh::validate(): which record, and what is wrong with it.
+struct MeshViolation {
+    char kind;        // 'v' vertex, 'e' half-edge, 'f' face, 'm' mesh-wide
+    int index;        // record index, or -1 for mesh-wide rules
+    std::string rule; // e.g. "twin of twin"
+};
+
+class Mesh {
+public:
+    // What the last buildConnectivity repaired (bits of `repairs`).
+    static constexpr unsigned REPAIRED_NON_MANIFOLD_EDGES = 1;
+    static constexpr unsigned REPAIRED_ORIENTATION = 2;
+    static constexpr unsigned REPAIRED_NON_MANIFOLD_VERTICES = 4;
+
+    static constexpr int INDEX_MAX = (1 << 26) - 1; // the largest index a 27-bit field holds
+    static constexpr int FILE_VERSION_CURRENT = 20230711;
+
+    // ---- Fields that move to Element when it lands ----------------------------------------
+    Vector3<float> center;         // own coordinates -> unit shape: (p - center) / scale
+    float scale = 1.0f;
+    AABB aabb;                     // filled by calculateAABB
+    bool invalid = false;          // the topology could not be built
+    long long updateStamp = 0;     // Element::update: the global stamp of the last update
+
+    // ---- Buffer state that MeshVBO takes over ----------------------------------------------
+    unsigned dirtyBuffers = 0;     // bit i: vertex buffer i must be rebuilt
+
+    // ---- Records ---------------------------------------------------------------------------
+    ChunkedSequence<MeshVert> verts;
+    ChunkedSequence<MeshEdge> edges;
+    ChunkedSequence<MeshFace> faces;
+    ChunkedSequence<Pbr> materials; // one per half-edge with data type 1, else empty
+    ChunkedSequence<uint32_t> uvs;  // one per half-edge with data type 2, else empty
+
+    int dataType = 0;         // 0 plain, 1 per-corner Pbr, 2 per-corner UV
+    int triangles = 0;        // sum over faces of sides - 2
+    int components = 0;
+    int patches = 0;
+    bool geometryChanged = false;
+    bool hasInactive = false;
+    unsigned repairs = 0;     // REPAIRED_* of the last buildConnectivity
+
+    Mesh() = default;
+    Mesh(Mesh const&) = default;
+    Mesh& operator=(Mesh const&) = default;
+    virtual ~Mesh() = default;
+
+    // ---- Element protocol (overrides once Mesh derives from Element) -----------------------
+    int Type() const { return 1; }
+    unsigned BlockId() const { return 0xe0000001u; }
+    int getDataType() const { return dataType; }
+    bool empty() const { return faces.size() == 0; }
+    void calculateAABB(Matrix34<double> const& M);
+    Mesh* clone() const { return new Mesh(*this); }
+    std::deque<Vector3<double>> Points(Matrix34<double> const& M) const;
+    bool ConvertibleToMesh() const { return true; }
+    Mesh* ToMesh() { return this; }
+    void update();
+    // File fields: see MeshData.cpp. DataWrite writes the block id and DataSize() first.
+    int DataSize() const;
+    void DataWrite(OFile& out, unsigned blockId) const;
+    void DataWrite(OFile& out) const { DataWrite(out, BlockId()); }
+    // Reads the fields after the block header; false (and an empty mesh, with a log line)
+    // on data that cannot form a mesh. `version` is the file's FILE_VERSION.
+    bool DataRead(IFile& in, int version = FILE_VERSION_CURRENT);
+
+    bool hasPbr() const { return dataType == 1; }
+    bool hasUVs() const { return dataType == 2; }
+    void setDataType(int type);
+
+    // Snapshot and restore for undo: exchanges every record, counter and base field.
+    void swap(Mesh& other);
+
+    // ---- Building --------------------------------------------------------------------------
+    int vertAdd(Vector3<float> const& position);
+    int vertAdd(Vector3<float> const& position, int edge);
+    int vertAdd(Vector3<float> const& position, int edge, bool sharp, bool anchor);
+    int edgeAdd(int v0, int v1, int e0, int e1, int half, int face);
+    int edgeAdd(int v0, int v1, int e0, int e1, int half, int face, bool sharp);
+    int edgeAddMaterial(int v0, int v1, int e0, int e1, int half, int face, Pbr const& material);
+    int edgeAddMaterial(int v0, int v1, int e0, int e1, int half, int face, bool sharp, Pbr const& material);
+    int faceAdd(int edge, int component, int patch);
+    // A face over existing vertices: for index i the half-edge from index i-1 to index i.
+    // Refuses (returns -1, mesh untouched) fewer than 3 indices, an index out of range, or a
+    // repeated index. `sharp` (per corner) and `mats` may be empty.
+    int faceFromIndices(std::vector<int> const& indices);
+    int faceFromIndices(std::vector<int> const& indices, std::vector<bool> const& sharp);
+    int faceFromIndices(std::vector<int> const& indices, std::vector<bool> const& sharp, std::vector<Pbr> const& mats);
+    // As faceFromIndices, but a half-edge whose key (from << 32 | to) is in `existing` and
+    // has no face yet is reused instead of added.
+    int faceFromIndicesEdges(std::vector<int> const& indices, std::unordered_map<long, int> const& existing);
+
+    // ---- Walks and queries -----------------------------------------------------------------
+    std::vector<int> edgeLoop(int e) const;      // the ring of e, starting at e
+    std::vector<int> faceVerts(int f) const;     // v[1] of each ring half-edge, in ring order
+    std::vector<int> faceVertsEdges(int f) const; // interleaved: vertex, its corner half-edge, ...
+    int faceCount(int f) const;                  // number of sides
+    Vector3<float> faceCenter(int f) const;
+    std::vector<int> faceFaces(int f) const;      // sorted neighbour faces
+    std::vector<int> faceFacesPatch(int f) const; // the same, not across sharp edges
+    std::vector<int> vertInEdges(int v) const;    // half-edges arriving, in fan order from `edge`
+    std::vector<int> vertOutEdges(int v) const;   // half-edges leaving, same order
+    std::vector<int> vertEdges(int v) const;      // both, arriving then leaving
+    std::vector<int> vertEdgesSet(int v) const;   // vertEdges sorted
+    std::vector<int> vertVerts(int v) const;      // neighbour vertices in fan order
+    int edgeStart(int e) const { return edges[e].v[0]; }
+    int findEdge(int from, int to) const;         // -1 when there is none
+    int findFace(int from, int to) const;         // face of the half-edge from -> to, or -1
+    int vertexOfRecord(MeshVert const& v) const;  // index of a vertex record by its `edge`
+
+    // ---- Lifecycle -------------------------------------------------------------------------
+    void initialize(TResizeStyle style);
+    void initializeData();
+    void initializeDataLoad();
+    void initializeVerts();
+    // For imported meshes whose corners carry their file normal index + 1 in `normal` (0 for
+    // none): buildConnectivity, calculateSize(style), buildSharpness, initializeVerts,
+    // setComponentsPatches.
+    void initializeReconstructSharp(TResizeStyle style);
+    bool buildConnectivity();
+    void vertUpdate(int v);
+    void vertUpdateAnchor(int v);
+    void setComponentsPatches();
+    void removeInactive(bool force);
+    void clear();
+    void calculateSize(TResizeStyle style);
+    void calculateNormalsCenters();
+    void updateGeometry();
+
+    // ---- Normals and sharpness -------------------------------------------------------------
+    Vector3<double> calculatePreciseFaceNormal(int f) const;
+    void calculateNormals(); // all corner normals: smooth fans between sharp edges
+    void vertNormals(int v, Vector3<float> const* faceNormals);
+    void setVertNormals(int v, Vector3<float> const& normal);
+    void makeSharp(float angleDegrees);
+    void makeSmooth();
+    // Marks a pair sharp where the file normal indices (in `normal`, see above) of the two
+    // sides' corners differ.
+    void buildSharpness();
+
+    // ---- Extraction and merging ------------------------------------------------------------
+    std::unique_ptr<Mesh> GetComponentGeometry(int component) const;
+    std::unique_ptr<Mesh> GetPatchGeometry(int patch) const;
+    std::unique_ptr<Mesh> GetComponentGeometryMaterial(int component) const;
+    std::unique_ptr<Mesh> GetPatchGeometryMaterial(int patch) const;
+    // Adds the other mesh's records, transformed; then initialize(0).
+    void append(Mesh const* other, Matrix34<double> const& M);
+
+    // ---- Operations (MeshOperations.cpp) ---------------------------------------------------
+    void subdivide(bool smooth);
+    void subdivideQuadsTris(bool smooth);
+    void subdivideQuadsTrisGeometry(bool smooth);
+    void subdivideQuadsTrisGeometryMaterial(bool smooth);
+    Vector3<float> vertSmoothPosition(MeshVert const& v) const;
+    Vector3<float> vertSmoothPosition(int v) const;
+    void smoothAll(float amount);
+    void spherize();
+    // Joins vertices closer than `distance` (at least one weld cell); returns how many merged.
+    int weld(float distance);
+    void triangulate(bool fan);
+    bool faceTriangulateFan(int f, bool keepNormals);
+    // Splits the pair of e at `vertex` (-1: a new vertex at the midpoint); returns the vertex.
+    int edgeSplit(int e, int vertex);
+    int edgeSplitMaterial(int e, int vertex, Pbr const& material);
+    bool edgeFlip(int e);
+    void faceFlip(int f);
+    void flipNormals();
+
+    // ---- OBJ (MeshFile.cpp) -----------------------------------------------------------------
+    bool loadOBJ(std::string const& path, bool reconstructSharp = true);
+    bool loadOBJText(std::string const& text, bool reconstructSharp = true);
+    static std::vector<std::unique_ptr<Mesh>> loadSeparateOBJ(std::string const& path, AABB& box, bool flag = true);
+    static std::vector<std::unique_ptr<Mesh>> loadSeparateOBJText(std::string const& text, AABB& box, bool flag = true);
+    void appendOBJ(std::ostream& out, unsigned& objects, unsigned& vertices, unsigned& faces,
+                   Matrix34<double> const& M, bool normals) const;
+
+    // ---- Validation (MeshValidate.cpp) -----------------------------------------------------
+    std::vector<MeshViolation> validate() const;
+
+    // Corner groups: the corners of a vertex between two sharp edges or borders share one
+    // normal. Fills the group of every corner (half-edge) and returns the number of groups.
+    int cornerGroups(std::vector<int>& groupOfCorner) const;
+
+    // ---- Factories (MeshGeometry.cpp): unit-sized shapes about the origin ------------------
+    static std::unique_ptr<Mesh> Quad();
+    static std::unique_ptr<Mesh> NGon(int sides);
+    static std::unique_ptr<Mesh> Tetrahedron();
+    static std::unique_ptr<Mesh> Box(int sharp = 1);
+    static std::unique_ptr<Mesh> CubeHandle();
+    static std::unique_ptr<Mesh> Octahedron();
+    static std::unique_ptr<Mesh> Icosahedron();
+    static std::unique_ptr<Mesh> Dodecahedron();
+    // `base` subdivided `levels` times, each level pushed onto the sphere of diameter `size`.
+    static std::unique_ptr<Mesh> Sphere(std::unique_ptr<Mesh> base, int levels, int dataType = 0, float size = 1.0f,
+                                        bool smooth = true);
+    static std::unique_ptr<Mesh> Cylinder(int sides);
+    static std::unique_ptr<Mesh> Cone(int sides);
+    static std::unique_ptr<Mesh> Capsule(int sides, int rings);
+    static std::unique_ptr<Mesh> Gear(int teeth, float r0, float r1, float r2, float halfWidth, float bevel);
+
+private:
+    void pairEdges(bool& orientation, bool& nonManifold);
+    bool fixOrientation();
+    bool splitNonManifoldVertices();
+    void reportRepairs();
+    void subdivideFaces(bool smooth, bool material);
+    void rebuildOverVertices(std::vector<int> const& representative);
+    std::unique_ptr<Mesh> extractFaces(bool byComponent, int number, bool withMaterial) const;
+    int faceFromCorners(std::vector<int> const& indices, std::vector<bool> const* sharp,
+                        std::vector<Pbr> const* mats, std::unordered_map<long, int> const* existing);
+};
+
+} // namespace vel

@@ -1,0 +1,105 @@
+#include "Math/HFloat.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+namespace vel {
+namespace {
+
+uint32_t Bits(float f)
+{
+    uint32_t u;
+    std::memcpy(&u, &f, 4);
+    return u;
+}
+
+// Reference decoding by arithmetic rather than bit moves.
+double ReferenceHalf(unsigned short h)
+{
+    int sign = h & 0x8000 ? -1 : 1;
+    int exponent = (h >> 10) & 31;
+    int mantissa = h & 1023;
+    if (exponent == 0)
+        return sign * std::ldexp(double(mantissa), -24);
+    if (exponent == 31)
+        return mantissa ? std::numeric_limits<double>::quiet_NaN() : sign * std::numeric_limits<double>::infinity();
+    return sign * std::ldexp(double(1024 + mantissa), exponent - 25);
+}
+
+TEST(HFloatTest, EveryHalfDecompressesExactlyAndRoundTrips)
+{
+    for (int h = 0; h < 65536; ++h) {
+        float f = HFloat::decompress(static_cast<unsigned short>(h));
+        double ref = ReferenceHalf(static_cast<unsigned short>(h));
+        if (std::isnan(ref)) {
+            EXPECT_TRUE(std::isnan(f)) << h;
+            EXPECT_TRUE(std::isnan(HFloat::decompress(HFloat::compress(f)))) << h;
+            continue;
+        }
+        ASSERT_EQ(double(f), ref) << "half " << h;
+        ASSERT_EQ(HFloat::compress(f), h) << "half " << h;
+    }
+}
+
+TEST(HFloatTest, MantissaIsTruncatedNotRounded)
+{
+    // 1 + 2047/2048 lies just below 2 and would round up; truncation keeps 1 + 1023/1024.
+    float justBelowTwo = 1.0f + 2047.0f / 2048.0f;
+    EXPECT_EQ(HFloat::decompress(HFloat::compress(justBelowTwo)), 1.0f + 1023.0f / 1024.0f);
+    EXPECT_EQ(HFloat::decompress(HFloat::compress(-justBelowTwo)), -(1.0f + 1023.0f / 1024.0f));
+}
+
+TEST(HFloatTest, AboveTheLargestHalfIsInfinity)
+{
+    EXPECT_EQ(HFloat::compress(65504.0f), 0x7BFF);
+    EXPECT_EQ(HFloat::compress(65520.0f), 0x7C00);
+    EXPECT_EQ(HFloat::compress(65504.01f), 0x7C00);
+    EXPECT_EQ(HFloat::compress(-1e10f), 0xFC00);
+    EXPECT_EQ(HFloat::compress(std::numeric_limits<float>::infinity()), 0x7C00);
+    EXPECT_EQ(HFloat::compress(-std::numeric_limits<float>::infinity()), 0xFC00);
+    EXPECT_EQ(HFloat::compress(std::numeric_limits<float>::max()), 0x7C00);
+}
+
+TEST(HFloatTest, NaNStaysNaNWhateverItsPayload)
+{
+    for (uint32_t payload : {1u, 0x400000u, 0x1FFFu, 0x7FFFFFu}) {
+        uint32_t u = 0x7F800000u | payload;
+        float nan;
+        std::memcpy(&nan, &u, 4);
+        unsigned short h = HFloat::compress(nan);
+        EXPECT_EQ(h & 0x7C00, 0x7C00);
+        EXPECT_NE(h & 0x03FF, 0) << "payload " << payload << " turned into infinity";
+    }
+}
+
+TEST(HFloatTest, SmallValuesBecomeSubnormalsOrSignedZero)
+{
+    EXPECT_EQ(HFloat::compress(std::ldexp(1.0f, -24)), 0x0001);
+    EXPECT_EQ(HFloat::compress(std::ldexp(1.0f, -15)), 0x0200);
+    EXPECT_EQ(HFloat::compress(std::ldexp(3.0f, -25)), 0x0001); // 1.5 ulp truncates to 1
+    unsigned short tiny = HFloat::compress(1e-8f);
+    EXPECT_TRUE(tiny == 0 || (tiny & 0x7C00) == 0);
+    EXPECT_EQ(HFloat::compress(1e-8f), 0x0000);
+    EXPECT_EQ(HFloat::compress(-1e-8f), 0x8000);
+    // Float subnormals are far below the half range.
+    EXPECT_EQ(HFloat::compress(std::numeric_limits<float>::denorm_min()), 0x0000);
+    EXPECT_EQ(Bits(HFloat::decompress(0x8000)), 0x80000000u);
+}
+
+TEST(HFloatTest, VectorsConvertPerComponent)
+{
+    hvec3 h(Vector3<float>(0.5f, -2.0f, 1e6f));
+    Vector3<float> back(h);
+    EXPECT_EQ(back.x, 0.5f);
+    EXPECT_EQ(back.y, -2.0f);
+    EXPECT_TRUE(std::isinf(back.z));
+    hvec2 h2(Vector2<float>(3.0f, 0.25f));
+    EXPECT_EQ(Vector2<float>(h2), Vector2<float>(3.0f, 0.25f));
+}
+
+} // namespace
+} // namespace vel

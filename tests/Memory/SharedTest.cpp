@@ -1,0 +1,118 @@
+#include "Memory/Shared.h"
+#include "Memory/Singleton.h"
+
+#include <gtest/gtest.h>
+
+namespace vel {
+namespace {
+
+struct Counted {
+    static int alive;
+    Counted() { ++alive; }
+    virtual ~Counted() { --alive; }
+};
+int Counted::alive = 0;
+
+struct Derived : Counted {
+    int extra = 5;
+};
+
+class SharedTest : public ::testing::Test {
+protected:
+    void SetUp() override { Counted::alive = 0; }
+    void TearDown() override { EXPECT_EQ(Counted::alive, 0) << "an owned object leaked"; }
+};
+
+TEST_F(SharedTest, NullHandleHasNoCounterAndDoesNothing)
+{
+    Shared<Counted> empty(nullptr);
+    EXPECT_EQ(empty.count, nullptr);
+    Shared<Counted> copy(empty);
+    EXPECT_EQ(copy.count, nullptr);
+    EXPECT_FALSE(copy);
+}
+
+TEST_F(SharedTest, LastOwnerDeletesExactlyOnce)
+{
+    {
+        Shared<Counted> a(new Counted);
+        EXPECT_EQ(a.useCount(), 1);
+        {
+            Shared<Counted> b(a);
+            Shared<Counted> c;
+            c = b;
+            EXPECT_EQ(a.useCount(), 3);
+            EXPECT_EQ(a.count, c.count);
+        }
+        EXPECT_EQ(Counted::alive, 1);
+        EXPECT_EQ(a.useCount(), 1);
+    }
+    EXPECT_EQ(Counted::alive, 0);
+}
+
+TEST_F(SharedTest, WeakHandleNeverDeletes)
+{
+    Counted* raw = new Counted;
+    {
+        Shared<Counted> weak(raw, true);
+        Shared<Counted> copy(weak);
+        EXPECT_EQ(copy.count, nullptr);
+    }
+    EXPECT_EQ(Counted::alive, 1);
+    delete raw;
+}
+
+TEST_F(SharedTest, SelfAssignmentKeepsTheObject)
+{
+    Shared<Counted> a(new Counted);
+    Shared<Counted>& alias = a;
+    a = alias;
+    EXPECT_EQ(a.useCount(), 1);
+    EXPECT_EQ(Counted::alive, 1);
+}
+
+TEST_F(SharedTest, AssignmentReleasesTheOldValue)
+{
+    Shared<Counted> a(new Counted), b(new Counted);
+    EXPECT_EQ(Counted::alive, 2);
+    a = b;
+    EXPECT_EQ(Counted::alive, 1);
+    EXPECT_EQ(b.useCount(), 2);
+}
+
+TEST_F(SharedTest, AssigningAHandleItsOwnLastOwnerIsSafe)
+{
+    // The only owner of `inner` lives inside the object that the assignment releases.
+    struct Holder : Counted {
+        Shared<Counted> inner;
+    };
+    Shared<Holder> holder(new Holder);
+    holder->inner = Shared<Counted>(new Counted);
+    Shared<Counted> target(holder);
+    target = holder->inner; // must take the reference before releasing the holder
+    holder.release();
+    EXPECT_EQ(Counted::alive, 1);
+}
+
+TEST_F(SharedTest, DerivedToBaseSharesTheCounterAndDeletesVirtually)
+{
+    Shared<Derived> d(new Derived);
+    Shared<Counted> base(d);
+    EXPECT_EQ(d.useCount(), 2);
+    d.release();
+    EXPECT_EQ(Counted::alive, 1);
+}
+
+struct Registry : Singleton<Registry> {
+    int value = 0;
+};
+
+TEST(SingletonTest, InstanceIsOneObject)
+{
+    Registry::instance().value = 42;
+    EXPECT_EQ(&Registry::instance(), &Registry::instance());
+    EXPECT_EQ(Registry::instance().value, 42);
+}
+
+} // namespace
+} // namespace vel

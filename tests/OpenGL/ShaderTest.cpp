@@ -1,0 +1,296 @@
+// Shader on a real context: building, transform feedback, the program mirror and the
+// uniform cache.
+#include "GLResourceTest.h"
+
+#include "OpenGL/FBO.h"
+#include "OpenGL/GLFunctions.h"
+#include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
+
+namespace vel::test {
+namespace {
+
+// Full-screen quad; the fragment writes the uniforms A and B and the defines' colours.
+std::string const kQuad = "##VERTEX\n"
+                          "void main() {\n"
+                          "    vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1);\n"
+                          "    gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0);\n"
+                          "}\n"
+                          "##FRAGMENT\n"
+                          "uniform float A;\n"
+                          "uniform float B;\n"
+                          "out vec4 oColor;\n"
+                          "void main() {\n"
+                          "#ifdef BLUE\n"
+                          "    oColor = vec4(A, B, 1.0, 1.0);\n"
+                          "#else\n"
+                          "    oColor = vec4(A, B, 0.0, 1.0);\n"
+                          "#endif\n"
+                          "}\n";
+
+// kQuad made distinct by real code: a comment would not change the cache key.
+std::string Unique(std::string const& tag)
+{
+    return kQuad + "float unique_" + tag + ";\n";
+}
+
+class ShaderTest : public GLResourceTest {
+protected:
+    void SetUp() override
+    {
+        GLResourceTest::SetUp();
+        target.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+        ASSERT_TRUE(target.enable());
+        glViewport(0, 0, 4, 4);
+        glClearColor(0, 0, 0, 0);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+    // The colour of the first pixel of the target.
+    std::vector<unsigned char> pixel() { return std::vector<unsigned char>(ReadColor(GL_COLOR_ATTACHMENT0, 1, 1)); }
+
+    FBO target{dsNone, 4, 4};
+};
+
+TEST_F(ShaderTest, TextAheadOfTheVertexMarkerIsIgnored)
+{
+    Shared<Shader> s = ShaderManager::instance().FromText("this is no GLSL at all;\n" + kQuad);
+    ASSERT_TRUE(s);
+    EXPECT_TRUE(s->compile());
+    EXPECT_TRUE(s->Compiled);
+    EXPECT_NE(s->program, 0u);
+}
+
+TEST_F(ShaderTest, DefinesSelectCodeAndMakeSeparatePrograms)
+{
+    ShaderManager& m = ShaderManager::instance();
+    Shared<Shader> plain = m.FromText(kQuad);
+    Shared<Shader> blue = m.FromText(kQuad, "", "BLUE");
+    Shared<Shader> alsoPlain = m.FromText("// same program\n" + kQuad + "\n\n");
+    ASSERT_TRUE(plain->enable());
+    ASSERT_TRUE(blue->enable());
+    EXPECT_EQ(plain, alsoPlain);
+    EXPECT_NE(plain->program, blue->program);
+
+    ASSERT_TRUE(plain->enable());
+    GLFill();
+    EXPECT_EQ(pixel()[2], 0);
+    ASSERT_TRUE(blue->enable());
+    GLFill();
+    EXPECT_EQ(pixel()[2], 255);
+}
+
+TEST_F(ShaderTest, VertexOnlyFileIsATransformFeedbackProgramWithOutputsInLineOrder)
+{
+    // The names are out of alphabetical order, so a driver's own ordering would show.
+    Shared<Shader> s = ShaderManager::instance().FromText("##VERTEX\n"
+                                                          "out float zFirst;\n"
+                                                          "out vec2 aSecond;\n"
+                                                          "void main() {\n"
+                                                          "    zFirst = float(gl_VertexID) * 2.0 + 1.0;\n"
+                                                          "    aSecond = vec2(gl_VertexID, -gl_VertexID);\n"
+                                                          "}\n");
+    ASSERT_TRUE(s->enable());
+
+    GLint count = 0;
+    glGetProgramiv(s->program, GL_TRANSFORM_FEEDBACK_VARYINGS, &count);
+    ASSERT_EQ(count, 2);
+    char name[32];
+    GLsizei length = 0, size = 0;
+    GLenum type = 0;
+    glGetTransformFeedbackVarying(s->program, 0, sizeof name, &length, &size, &type, name);
+    EXPECT_STREQ(name, "zFirst");
+    glGetTransformFeedbackVarying(s->program, 1, sizeof name, &length, &size, &type, name);
+    EXPECT_STREQ(name, "aSecond");
+
+    int const n = 5;
+    auto words = CaptureFeedback({1, 2}, n);
+    for (int i = 0; i < n; ++i) {
+        EXPECT_EQ(AsFloat(words[0][i]), float(2 * i + 1));
+        EXPECT_EQ(AsFloat(words[1][2 * i]), float(i));
+        EXPECT_EQ(AsFloat(words[1][2 * i + 1]), float(-i));
+    }
+}
+
+TEST_F(ShaderTest, AUniformFirstSetAfterTheFirstUseIsIgnored)
+{
+    Shared<Shader> s = ShaderManager::instance().FromText(Unique("firstUse"));
+    ASSERT_TRUE(s->enable());
+    Shader::setUniform("A", 1.0f); // only A is learned in the first use
+    GLFill();
+    s->disable();
+
+    ASSERT_TRUE(s->enable());
+    Shader::setUniform("A", 1.0f);
+    Shader::setUniform("B", 1.0f); // too late: B keeps location -1
+    GLFill();
+    std::vector<unsigned char> c = pixel();
+    EXPECT_EQ(c[0], 255);
+    EXPECT_EQ(c[1], 0);
+    EXPECT_EQ(s->uniforms.at("B"), -1);
+    EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
+}
+
+TEST_F(ShaderTest, UniformsSetInTheFirstUseKeepWorking)
+{
+    Shared<Shader> s = ShaderManager::instance().FromText(Unique("steady"));
+    ASSERT_TRUE(s->enable());
+    Shader::setUniform("A", 0.0f);
+    Shader::setUniform("B", 0.0f);
+    GLFill();
+    s->disable();
+    ASSERT_TRUE(s->enable());
+    Shader::setUniform("A", 1.0f);
+    Shader::setUniform("B", 1.0f);
+    GLFill();
+    std::vector<unsigned char> c = pixel();
+    EXPECT_EQ(c[0], 255);
+    EXPECT_EQ(c[1], 255);
+}
+
+TEST_F(ShaderTest, ASteadyFrameAsksGLNoUniformLocation)
+{
+    ShaderManager& m = ShaderManager::instance();
+    Shared<Shader> first = m.FromText(Unique("steadyFrame"));
+    Shared<Shader> second = m.FromText(Unique("steadyFrame"), "", "BLUE");
+    auto frame = [&] {
+        for (Shader* s : {first.get(), second.get()}) {
+            ASSERT_TRUE(s->enable());
+            Shader::setUniform("A", 0.5f);
+            Shader::setUniform("B", 0.25f);
+            Shader::setUniform("NotInTheProgram", 1.0f);
+            GLFill();
+            s->disable();
+        }
+    };
+    GLCallCounter counter;
+    frame(); // the first frame learns the locations
+    EXPECT_GT(counter.getUniformLocation(), 0);
+    for (int i = 0; i < 3; ++i) {
+        counter.reset();
+        frame();
+        EXPECT_EQ(counter.getUniformLocation(), 0) << "frame " << i + 2;
+    }
+}
+
+TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCall)
+{
+    Shared<Shader> a = ShaderManager::instance().FromText(Unique("mirrorA"));
+    Shared<Shader> b = ShaderManager::instance().FromText(Unique("mirrorB"));
+    ASSERT_TRUE(a->compile());
+    ASSERT_TRUE(b->compile());
+    GLCallCounter counter;
+    ASSERT_TRUE(a->enable());
+    ASSERT_TRUE(a->enable());
+    a->disable(); // disabling keeps the program in use
+    ASSERT_TRUE(a->enable());
+    EXPECT_EQ(counter.useProgram(), 1);
+    ASSERT_TRUE(b->enable());
+    EXPECT_EQ(counter.useProgram(), 2);
+    EXPECT_EQ(Shader::Current, b.get());
+    EXPECT_EQ(Shader::id, b->program);
+    EXPECT_FALSE(a->learning); // replaced as Current: its locations are settled
+}
+
+TEST_F(ShaderTest, ReplacingTheCurrentShaderEndsItsLearning)
+{
+    Shared<Shader> a = ShaderManager::instance().FromText(Unique("replacedA"));
+    Shared<Shader> b = ShaderManager::instance().FromText(Unique("replacedB"));
+    ASSERT_TRUE(a->enable());
+    EXPECT_TRUE(a->learning);
+    ASSERT_TRUE(b->enable()); // a was never disabled
+    EXPECT_FALSE(a->learning);
+    EXPECT_TRUE(b->learning);
+}
+
+TEST_F(ShaderTest, DestroyingTheCurrentShaderClearsTheMirrors)
+{
+    {
+        Shader s(kQuad);
+        ASSERT_TRUE(s.enable());
+        EXPECT_EQ(Shader::Current, &s);
+    }
+    EXPECT_EQ(Shader::Current, nullptr);
+    EXPECT_EQ(Shader::id, 0u);
+}
+
+TEST_F(ShaderTest, BrokenStagesFailWithoutCrashAndReportByStage)
+{
+    std::string broken = "##VERTEX\nvoid main() { gl_Position = vec4(0.0); }\n"
+                         "##FRAGMENT\nout vec4 c;\nvoid main() { c = undefinedThing; }\n";
+    Shader s(broken, "", "", "broken");
+    EXPECT_FALSE(s.compile(true));
+    EXPECT_FALSE(s.Compiled);
+    EXPECT_TRUE(Logged("ERROR broken fragment"));
+    EXPECT_TRUE(Logged(">>>")); // the log stands beside the offending source line
+    EXPECT_FALSE(s.enable());  // and again: no crash, still not compiled
+
+    std::unordered_map<int, std::string> errors;
+    Shader editor(broken);
+    EXPECT_FALSE(editor.compile(errors));
+    EXPECT_EQ(errors.count(0), 0u);
+    ASSERT_EQ(errors.count(1), 1u);
+    EXPECT_NE(errors[1].find("undefinedThing"), std::string::npos);
+    EXPECT_EQ(errors.count(2), 0u); // not linked
+}
+
+TEST_F(ShaderTest, LinkFailureReportsInTheThirdSlot)
+{
+    // Each stage compiles; the two stages disagree on the type of a uniform.
+    std::string unlinked = "##VERTEX\nuniform float X;\nvoid main() { gl_Position = vec4(X); }\n"
+                           "##FRAGMENT\nuniform vec2 X;\nout vec4 c;\nvoid main() { c = vec4(X, 0.0, 1.0); }\n";
+    std::unordered_map<int, std::string> errors;
+    Shader s(unlinked, "", "", "unlinked");
+    EXPECT_FALSE(s.compile(errors));
+    EXPECT_FALSE(errors[2].empty());
+    EXPECT_TRUE(Logged("ERROR Shader::compile unlinked"));
+}
+
+TEST_F(ShaderTest, SuccessfulEditorCompileClearsTheLinkSlot)
+{
+    std::unordered_map<int, std::string> errors{{2, "old"}};
+    Shader s(kQuad);
+    EXPECT_TRUE(s.compile(errors));
+    EXPECT_EQ(errors[2], "");
+    EXPECT_TRUE(s.Compiled);
+    EXPECT_TRUE(s.compile(errors)); // compiled: nothing to do
+}
+
+TEST_F(ShaderTest, AMissingIncludeFailsTheStage)
+{
+    Shader s("##VERTEX\n#include \":/shaders/Include/NoSuchHeader.glsl\"\nvoid main() {}\n");
+    std::unordered_map<int, std::string> errors;
+    EXPECT_FALSE(s.compile(errors));
+    EXPECT_FALSE(errors[0].empty());
+}
+
+TEST_F(ShaderTest, MatrixUniformsArriveSoThatMTimesVIsTheRowConvention)
+{
+    // A translation by (0.25, 0.5, 0.75) in the row convention; GLSL applies it as M * p.
+    Shared<Shader> s = ShaderManager::instance().FromText(
+        "##VERTEX\n"
+        "uniform mat4x3 T34;\n"
+        "uniform mat4 T4;\n"
+        "out vec3 o34;\n"
+        "out vec4 o4;\n"
+        "void main() { o34 = T34 * vec4(0.0, 0.0, 0.0, 1.0); o4 = T4 * vec4(0.0, 0.0, 0.0, 1.0); }\n");
+    ASSERT_TRUE(s->enable());
+    Matrix34<double> t = Matrix34<double>::Translation({0.25, 0.5, 0.75});
+    Shader::setUniform("T34", t);
+    Shader::setUniform("T4", Matrix4<double>(t));
+
+    auto words = CaptureFeedback({3, 4}, 1);
+    EXPECT_FLOAT_EQ(AsFloat(words[0][0]), 0.25f);
+    EXPECT_FLOAT_EQ(AsFloat(words[0][1]), 0.5f);
+    EXPECT_FLOAT_EQ(AsFloat(words[0][2]), 0.75f);
+    EXPECT_FLOAT_EQ(AsFloat(words[1][0]), 0.25f);
+    EXPECT_FLOAT_EQ(AsFloat(words[1][2]), 0.75f);
+    EXPECT_FLOAT_EQ(AsFloat(words[1][3]), 1.0f);
+}
+
+TEST_F(ShaderTest, UniformWithoutAShaderAsserts)
+{
+    EXPECT_DEATH(Shader::setUniform("A", 1.0f), "no shader enabled");
+}
+
+} // namespace
+} // namespace vel::test

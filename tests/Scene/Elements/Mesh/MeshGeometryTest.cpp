@@ -1,0 +1,112 @@
+// Factories: every shape is valid, built without repairs, closed where it should be, wound
+// outward and unit-sized.
+#include "Scene/Elements/Mesh/Mesh.h"
+#include "Scene/Elements/Mesh/MeshGeometry.h"
+
+#include "MeshFixtures.h"
+
+#include <gtest/gtest.h>
+
+namespace vel {
+namespace {
+
+bool Closed(Mesh const& m)
+{
+    for (std::size_t i = 0; i < m.edges.size(); ++i)
+        if (m.edges[i].half < 0)
+            return false;
+    return true;
+}
+
+struct Shape {
+    char const* name;
+    std::unique_ptr<Mesh> (*make)();
+    std::size_t verts, faces;
+    int sharpEdges; // -1: not checked
+};
+
+TEST(MeshFactories, ClosedSolidsAreValidOutwardAndUnitSized)
+{
+    test::LogCapture log;
+    std::vector<Shape> shapes = {
+        {"Tetrahedron", &Mesh::Tetrahedron, 4, 4, 6},
+        {"Box", [] { return Mesh::Box(1); }, 8, 6, 12},
+        {"CubeHandle", &Mesh::CubeHandle, 8, 6, 0},
+        {"Octahedron", &Mesh::Octahedron, 6, 8, 12},
+        {"Icosahedron", &Mesh::Icosahedron, 12, 20, 30},
+        {"Dodecahedron", &Mesh::Dodecahedron, 20, 12, 30},
+        {"Cylinder", [] { return Mesh::Cylinder(16); }, 32, 18, 32},
+        {"Cone", [] { return Mesh::Cone(16); }, 17, 17, 16},
+        {"Capsule", [] { return Mesh::Capsule(12, 4); }, 2 + 12 * 8, 12 * 9, 0},
+        {"Gear", [] { return Mesh::Gear(8, 0.2f, 0.4f, 0.5f, 0.1f, 0); }, 16 * 6, 16 * 3 + 8 * 5 + 8, -1},
+        {"Sphere", [] { return Mesh::Sphere(Mesh::CubeHandle(), 3); }, 386, 384, 0},
+        {"Icosphere", [] { return Mesh::Sphere(Mesh::Icosahedron(), 2, 0, 1, 1); }, 162, 320, 0},
+    };
+    for (auto const& s : shapes) {
+        SCOPED_TRACE(s.name);
+        auto m = s.make();
+        EXPECT_MESH_VALID(*m);
+        EXPECT_EQ(m->repairs, 0u);
+        EXPECT_EQ(m->verts.size(), s.verts);
+        EXPECT_EQ(m->faces.size(), s.faces);
+        EXPECT_TRUE(Closed(*m));
+        EXPECT_EQ(m->components, 1);
+        EXPECT_GT(test::SignedVolume(*m), 0.0) << "wound outward";
+        if (s.sharpEdges >= 0) {
+            EXPECT_EQ(test::SharpEdgeCount(*m), s.sharpEdges);
+        }
+        m->calculateAABB(Matrix34<double>());
+        EXPECT_LE(m->aabb.max.x, 0.5 + 1e-6);
+        EXPECT_GE(m->aabb.min.z, -0.5 - 1e-6);
+    }
+    EXPECT_TRUE(log.entries.empty()) << log.all().toStdString();
+}
+
+TEST(MeshFactories, FlatShapesAreSingleFaces)
+{
+    for (int sides : {3, 4, 5, 8}) {
+        auto m = Mesh::NGon(sides);
+        EXPECT_MESH_VALID(*m);
+        EXPECT_EQ(m->faces.size(), 1u);
+        EXPECT_EQ(m->faceCount(0), sides);
+        EXPECT_GT(m->calculatePreciseFaceNormal(0).z, 0);
+    }
+    auto q = Mesh::Quad();
+    EXPECT_EQ(q->verts[2].position, Vector3<float>(0.5f, 0.5f, 0));
+}
+
+TEST(MeshFactories, SphereLiesOnItsSphere)
+{
+    auto m = Mesh::Sphere(Mesh::CubeHandle(), 2, 1, 2.0f);
+    EXPECT_TRUE(m->hasPbr());
+    EXPECT_EQ(m->materials.size(), m->edges.size());
+    for (std::size_t v = 0; v < m->verts.size(); ++v)
+        EXPECT_NEAR(m->verts[v].position.length(), 1.0f, 1e-5f);
+}
+
+TEST(MeshFactories, GearRaisesTeethAndBevelWidensTheTop)
+{
+    auto g = Mesh::Gear(1, 0.2f, 0.4f, 0.5f, 0.1f, 0);
+    EXPECT_MESH_VALID(*g);
+    EXPECT_EQ(g->verts.size(), 4u * 6u); // two teeth
+    auto straight = Mesh::Gear(6, 0.2f, 0.4f, 0.5f, 0.1f, 0);
+    auto beveled = Mesh::Gear(6, 0.2f, 0.4f, 0.5f, 0.1f, 20);
+    EXPECT_MESH_VALID(*beveled);
+    // Vertex 2 is the first tip on top, 5 on the bottom.
+    Vector3<float> top = straight->verts[2].position, bottom = straight->verts[5].position;
+    EXPECT_FLOAT_EQ(top.x * top.x + top.y * top.y, bottom.x * bottom.x + bottom.y * bottom.y);
+    top = beveled->verts[2].position;
+    bottom = beveled->verts[5].position;
+    EXPECT_GT(top.x * top.x + top.y * top.y, bottom.x * bottom.x + bottom.y * bottom.y);
+}
+
+TEST(MeshGeometryHelpers, NewellNormalIsTwiceTheArea)
+{
+    Vector3<double> square[4] = {{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}};
+    Vector3<double> n = NormalFromPolygon(square, 4);
+    EXPECT_DOUBLE_EQ(n.z, 8);
+    EXPECT_DOUBLE_EQ(n.x, 0);
+}
+
+} // namespace
+} // namespace vel
