@@ -13,7 +13,8 @@
 // 12 CommandObjectSubChild, 14 CommandObjectSetItem, 15 CommandObjectRemItem,
 // 16 CommandObjectSetPivot, 18 CommandObjectLink, 19 CommandObjectUnlink,
 // 22 CommandObjectDelete, 40 to 48 the swap commands on tools (Commands/ToolSwapCommands.h,
-// Commands/CommandTransformObjects.h). Each class keeps its own as `TYPE`.
+// Commands/CommandTransformObjects.h), 50 CommandReplaceElement, 51 CommandUniqueElement.
+// Each class keeps its own as `TYPE`.
 #pragma once
 
 #include <string>

@@ -832,6 +832,11 @@ bool Tool::isSDF() const
     return ToolType() == 12;
 }
 
+Shader* Tool::renderShader(Element* e, TRenderState const& state)
+{
+    return e ? e->renderShader(state) : nullptr;
+}
+
 void Tool::setElement(Shared<Element> const& newElement)
 {
     element = newElement;

@@ -38,6 +38,7 @@
 #include "Memory/Shared.h"
 #include "OpenGL/ObjectShader.h"
 #include "Scene/Element.h"
+#include "Scene/Elements/TRenderState.h"
 #include "Scene/Material.h"
 
 #include <deque>
@@ -188,6 +189,9 @@ public:
     virtual bool isSimulated() const;
     virtual bool isActiveRigidBody() const;
     virtual bool isSDF() const;
+    // The program `e` draws with for this tool in `state`: the element's own, until the
+    // tool's object shader takes part.
+    virtual Shader* renderShader(Element* e, TRenderState const& state);
     virtual bool hasBorders();
     virtual bool hasHelpers();
     virtual void clearHelpers();

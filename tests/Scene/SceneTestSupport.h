@@ -19,21 +19,46 @@
 
 namespace vel::test {
 
+// The element of the scene tests: a unit box of the given kind that draws with `shader`,
+// counts what the scene asks of it, and may be a composite of `parts`.
 class TestElement : public Element {
 public:
     int kind;
     double lastTime = -1;
     bool changes = false; // what timer() answers
+    Shader* shader = nullptr; // what renderShader answers
+    std::vector<Element*> parts; // composites list these after themselves
+    int boxes = 0;    // calls of calculateAABB
+    int updates = 0;  // calls of update
+    int saves = 0;    // calls of prepareSave
 
     explicit TestElement(int kind = 1)
         : kind(kind)
     {
     }
     int Type() const override { return kind; }
+    unsigned BlockId() const override { return 0xe00000ffu; }
+    Shader* renderShader(TRenderState const&) const override { return shader; }
     bool timer(double t) override
     {
         lastTime = t;
         return changes;
+    }
+    void calculateAABB(Matrix34<double> const& M) override
+    {
+        ++boxes;
+        Element::calculateAABB(M);
+    }
+    void update() override
+    {
+        ++updates;
+        Element::update();
+    }
+    void prepareSave() override { ++saves; }
+    void elements(std::vector<Element*>& out) override
+    {
+        out.push_back(this);
+        out.insert(out.end(), parts.begin(), parts.end());
     }
 };
 

@@ -34,9 +34,9 @@ std::deque<Vector3<double>> Mesh::Points(Matrix34<double> const& M) const
     return points;
 }
 
-void Mesh::update()
+Shader* Mesh::renderShader(TRenderState const&) const
 {
-    ++updateStamp;
+    return nullptr;
 }
 
 void Mesh::setDataType(int type)

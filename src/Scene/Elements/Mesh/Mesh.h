@@ -46,6 +46,7 @@
 #include "Math/Matrix34.h"
 #include "Math/Pbr.h"
 #include "Math/Vector3.h"
+#include "Scene/Element.h"
 #include "Scene/Elements/Mesh/ChunkedSequence.h"
 #include "Scene/Elements/Mesh/MeshEdge.h"
 #include "Scene/Elements/Mesh/MeshFace.h"
@@ -61,13 +62,6 @@
 
 namespace vel {
 
-class IFile;
-class OFile;
-
-// How initialize normalises a shape: 0 keeps center and scale; 1 centres on the mean of the
-// points, scale twice the largest distance; 2 centres on the box, scale its largest side.
-using TResizeStyle = int;
-
 // One broken rule found by Mesh::validate(): which record, and what is wrong with it.
 struct MeshViolation {
     char kind;        // 'v' vertex, 'e' half-edge, 'f' face, 'm' mesh-wide
@@ -75,7 +69,8 @@ struct MeshViolation {
     std::string rule; // e.g. "twin of twin"
 };
 
-class Mesh {
+// The buffer classes (ElementVBO, then MeshVBO) slot in between Mesh and Element.
+class Mesh : public Element {
 public:
     // What the last buildConnectivity repaired (bits of `repairs`).
     static constexpr unsigned REPAIRED_NON_MANIFOLD_EDGES = 1;
@@ -84,13 +79,6 @@ public:
 
     static constexpr int INDEX_MAX = (1 << 26) - 1; // the largest index a 27-bit field holds
     static constexpr int FILE_VERSION_CURRENT = 20230711;
-
-    // ---- Fields that move to Element when it lands ----------------------------------------
-    Vector3<float> center;         // own coordinates -> unit shape: (p - center) / scale
-    float scale = 1.0f;
-    AABB aabb;                     // filled by calculateAABB
-    bool invalid = false;          // the topology could not be built
-    long long updateStamp = 0;     // Element::update: the global stamp of the last update
 
     // ---- Buffer state that MeshVBO takes over ----------------------------------------------
     unsigned dirtyBuffers = 0;     // bit i: vertex buffer i must be rebuilt
@@ -113,26 +101,32 @@ public:
     Mesh() = default;
     Mesh(Mesh const&) = default;
     Mesh& operator=(Mesh const&) = default;
-    virtual ~Mesh() = default;
+    ~Mesh() override = default;
 
-    // ---- Element protocol (overrides once Mesh derives from Element) -----------------------
-    int Type() const { return 1; }
-    unsigned BlockId() const { return 0xe0000001u; }
-    int getDataType() const { return dataType; }
-    bool empty() const { return faces.size() == 0; }
-    void calculateAABB(Matrix34<double> const& M);
-    Mesh* clone() const { return new Mesh(*this); }
-    std::deque<Vector3<double>> Points(Matrix34<double> const& M) const;
-    bool ConvertibleToMesh() const { return true; }
-    Mesh* ToMesh() { return this; }
-    void update();
+    // ---- Element protocol ------------------------------------------------------------------
+    int Type() const override { return 1; }
+    unsigned BlockId() const override { return 0xe0000001u; }
+    int getDataType() const override { return dataType; }
+    bool empty() const override { return faces.size() == 0; }
+    void calculateAABB(Matrix34<double> const& M) override;
+    Mesh* clone() override { return new Mesh(*this); }
+    std::deque<Vector3<double>> Points(Matrix34<double> const& M) const override;
+    bool ConvertibleToMesh() const override { return true; }
+    Mesh* ToMesh() override { return this; }
+    // The mesh programs are chosen by the buffer classes; until they slot in, none.
+    Shader* renderShader(TRenderState const& state) const override;
     // File fields: see MeshData.cpp. DataWrite writes the block id and DataSize() first.
-    int DataSize() const;
+    int DataSize() const override;
     void DataWrite(OFile& out, unsigned blockId) const;
     void DataWrite(OFile& out) const { DataWrite(out, BlockId()); }
+    void DataWrite(OFile& out, std::unordered_map<Element*, int>& ids) override;
     // Reads the fields after the block header; false (and an empty mesh, with a log line)
-    // on data that cannot form a mesh. `version` is the file's FILE_VERSION.
-    bool DataRead(IFile& in, int version = FILE_VERSION_CURRENT);
+    // on data that cannot form a mesh. `version` is the file's FILE_VERSION. The reader of
+    // a scene calls this form: it needs the version and the verdict, which the element slot
+    // below, a void of one argument, cannot carry.
+    bool DataRead(IFile& in, int version);
+    // The element slot: the current layout, verdict in `invalid`.
+    void DataRead(IFile& in) override;
 
     bool hasPbr() const { return dataType == 1; }
     bool hasUVs() const { return dataType == 2; }
@@ -179,7 +173,7 @@ public:
     int vertexOfRecord(MeshVert const& v) const;  // index of a vertex record by its `edge`
 
     // ---- Lifecycle -------------------------------------------------------------------------
-    void initialize(TResizeStyle style);
+    void initialize(TResizeStyle style) override;
     void initializeData();
     void initializeDataLoad();
     void initializeVerts();
@@ -217,7 +211,7 @@ public:
     void append(Mesh const* other, Matrix34<double> const& M);
 
     // ---- Operations (MeshOperations.cpp) ---------------------------------------------------
-    void subdivide(bool smooth);
+    void subdivide(bool smooth) override;
     void subdivideQuadsTris(bool smooth);
     void subdivideQuadsTrisGeometry(bool smooth);
     void subdivideQuadsTrisGeometryMaterial(bool smooth);

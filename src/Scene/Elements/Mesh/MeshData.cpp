@@ -69,6 +69,16 @@ void Mesh::DataWrite(OFile& out, unsigned blockId) const
     }
 }
 
+void Mesh::DataWrite(OFile& out, std::unordered_map<Element*, int>&)
+{
+    DataWrite(out);
+}
+
+void Mesh::DataRead(IFile& in)
+{
+    DataRead(in, FILE_VERSION_CURRENT);
+}
+
 bool Mesh::DataRead(IFile& in, int version)
 {
     clear();

@@ -1,0 +1,36 @@
+// Rendering: the scene-wide render settings, a singleton that travels in scene files.
+//
+// So far only what listing and sorting the scene read. The frame pipeline adds the rest
+// (depth test, wireframe, the screen effects, light, camera) as its passes land.
+#pragma once
+
+#include "Memory/Singleton.h"
+#include "Scene/Elements/TRenderState.h"
+
+namespace vel {
+
+class Rendering : public Singleton<Rendering> {
+public:
+    // Composite styles: 0 flat, 1 depth, 2 ids, 3 normals, 4 shaded, 5 matcap, 6 color, 7 pbr.
+    static constexpr int STYLE_COLOR = 6;
+    static constexpr int STYLE_PBR = 7;
+
+    int style = STYLE_PBR;
+    bool fast = false;              // write no normals; the frame derives them from depth
+    bool twoSided = false;          // no face culling
+    bool plain = false;             // flat-material mode
+    bool showBoundingBoxes = false; // each drawn item's oriented box follows the list's draw
+    // What the scene's list draws at all (the three settings of ToolList::sort).
+    bool showCurves = true;
+    bool showTransparent = true;
+    bool showRigidBodies = true;
+
+    Rendering() = default;
+
+    // Styles 6 and 7 draw materials, and only they have a transparent pass.
+    static bool hasMaterials(int style);
+    // A request of the given kind with the present culling and material settings.
+    TRenderState renderState(int kind) const;
+};
+
+} // namespace vel

@@ -1,0 +1,96 @@
+// ToolList: the flat list of a tree for one frame: what is drawn, in which order, and what
+// a pixel's id names.
+//
+// Entry i (id i + 1 in the id buffer) is held in four parallel deques:
+// - items[i]: the tool, the element it draws, and the entry of its tree parent (-1 none);
+// - matrices[i]: the tool's world matrix;
+// - parents[i]: the chase table. It maps an entry to the next higher one that belongs to
+//   the same object, and to itself at the object: an object, or a tool at the top of the
+//   list. parent(i) follows it to that fixed point.
+// - indices[i]: where a search should start instead of i (the owner of a nested instance,
+//   possibly a position in another list), or -1 for the entry itself.
+//
+// sort() turns the entries into draw lists keyed by shader: `sorted[DRAW_OPAQUE]` and
+// `sorted[DRAW_TRANSPARENT]`; the other two belong to the frame's draws and sort leaves the
+// third alone. The draws themselves (render, renderOBBs) come with the frame pipeline.
+#pragma once
+
+#include "Math/Matrix34.h"
+#include "Scene/Element.h"
+#include "Scene/Material.h"
+
+#include <array>
+#include <deque>
+#include <unordered_map>
+#include <vector>
+
+namespace vel {
+
+class Shader;
+class Tool;
+
+struct RenderItem {
+    Tool* tool = nullptr;
+    Element* element = nullptr; // the tool's RenderElement(); null for a group
+    int parent = -1;            // entry of the tree parent in this list, -1 for none
+};
+
+struct RenderSubItem {
+    Tool* tool = nullptr;
+    Element::SubElement sub; // the piece drawn
+    int index = -1;          // the entry it came from
+    Material material;       // the tool's material at sorting time
+};
+
+class ToolList {
+public:
+    using DrawList = std::unordered_multimap<Shader*, RenderSubItem>;
+    static constexpr int DRAW_OPAQUE = 0;
+    static constexpr int DRAW_TRANSPARENT = 1;
+    // A material alpha (13 bits) below this draws in the transparent pass.
+    static constexpr int ALPHA_OPAQUE = 8160;
+
+    std::deque<RenderItem> items;
+    std::deque<Matrix34<double>> matrices;
+    std::deque<int> parents;
+    std::deque<int> indices;
+    std::array<DrawList, 4> sorted;
+
+    int count() const { return int(items.size()); }
+    // Empties the four deques; the draw lists stay until the next sort.
+    void clear();
+
+    // Lists T and its subtree under the place T has in the tree (its parent's world frame).
+    // A root lists its children only. With `skipSelected` a selected tool is left out with
+    // its subtree: a moved selection is drawn from another list, so that the pick of the
+    // frame looks through it.
+    void append(Tool* T, bool skipSelected);
+    // Appends the subtree of T once per entry of `instances`: each copy of T has the world
+    // matrix T->transform() * M * instance * W, where W is the world matrix of entry `index`
+    // of `list` (identity when index is negative), the entry of `parent`. Every entry made
+    // stores `index`, so that a search on an instance finds its owner there.
+    void append(Tool* T, Matrix34<double> const& M, std::vector<Matrix34<double>> const& instances,
+                ToolList const& list, Tool* parent, int index, bool skipSelected);
+
+    // Fills the opaque and transparent draw lists from the entries. Left out: tools that
+    // are not visible and groups; curves unless `curves`; transparent entries unless
+    // `transparent`; rigid bodies unless `rigid`. With the material styles (6, 7) the
+    // transparent entries go to their own list, with any other style all go to the first.
+    void sort(bool curves, bool transparent, bool rigid);
+    // Whether entry i draws in the transparent pass: the element or the tool says so, or
+    // the material's alpha is under ALPHA_OPAQUE.
+    bool isTransparent(int i) const;
+
+    // The entry that answers for entry i as an object: the chase table's fixed point.
+    int parent(int i) const;
+    // The world matrix of the entry's tree parent, or its own when it has none.
+    Matrix34<double> pivot(int i) const;
+    // The tool of the entry's tree parent; null when it has none or i is past the end.
+    Tool* FirstParent(int i) const;
+
+private:
+    void walk(Tool* T, bool skipSelected, Matrix34<double> const& parentWorld, int parentEntry, int index);
+    int add(Tool* T, Matrix34<double> const& world, int parentEntry, int index);
+};
+
+} // namespace vel
