@@ -301,13 +301,13 @@ bool Element::renderBegin(TRenderState const& state, bool snake)
     return machine.enable();
 }
 
-// The atoms are collected anew by the next renderBuffers.
+// The atoms are collected anew by the next renderBuffers, also after a begin that failed:
+// kept, they would be listed twice.
 void Element::renderEnd()
 {
     disableGPUData();
-    if (!machine.enabled)
-        return;
-    machine.disable();
+    if (machine.enabled)
+        machine.disable();
     machine.atoms.clear();
 }
 

@@ -146,7 +146,7 @@ public:
     virtual void renderBuffers(TRenderState const& state);
     // enableGPUData, renderBuffers, then the machine; false skips the draw.
     virtual bool renderBegin(TRenderState const& state, bool snake);
-    // disableGPUData; disables the machine and forgets its atoms.
+    // disableGPUData; disables the machine if enabled and forgets its atoms.
     virtual void renderEnd();
     virtual void render(TRenderState const& state, Matrix34<double> const& M, int objectId, int items, int elementId,
                         int instance, Material const& material, int flags, float time);

@@ -1,5 +1,7 @@
 #include "SceneTestSupport.h"
 
+#include "OpenGL/Rendering.h"
+
 #include <cmath>
 #include <set>
 
@@ -141,6 +143,40 @@ Tool* TreeTest::addObject(Tool* parent, Matrix34<double> const& object, Matrix34
 {
     Tool* t = add(parent, object, pivot);
     t->setObject(true);
+    return t;
+}
+
+void SceneTest::SetUp()
+{
+    History& h = History::instance();
+    h.clear();
+    h.enabled = true;
+    h.active = true;
+    ASSERT_EQ(Tool::COUNT, 0) << "a test before this one left tools alive";
+    ASSERT_EQ(Element::COUNT, 0) << "a test before this one left elements alive";
+    Rendering& r = Rendering::instance();
+    r.style = Rendering::STYLE_PBR;
+    r.showCurves = r.showTransparent = r.showRigidBodies = true;
+    scene = new Scene;
+    root = scene->root;
+}
+
+void SceneTest::TearDown()
+{
+    delete scene;
+    Scene::UITools.clear();
+    History::instance().clear();
+    EXPECT_EQ(Tool::COUNT, 0);
+    EXPECT_EQ(Element::COUNT, 0);
+    Tool::COUNT = 0; // one leak is reported once, not by every later test
+    Element::COUNT = 0;
+}
+
+Tool* SceneTest::add(Tool* parent, Shared<Element> const& e, bool object, Matrix34<double> const& M)
+{
+    Tool* t = new Tool(e, M);
+    parent->addChild(t);
+    t->setObject(object);
     return t;
 }
 

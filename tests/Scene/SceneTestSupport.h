@@ -8,6 +8,7 @@
 #include "Scene/Element.h"
 #include "Scene/Material.h"
 #include "Scene/Root.h"
+#include "Scene/Scene.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
 
@@ -155,6 +156,34 @@ protected:
     // A new tool under `parent` that answers as an object.
     Tool* addObject(Tool* parent, Matrix34<double> const& object = Matrix34<double>(),
                     Matrix34<double> const& pivot = Matrix34<double>());
+};
+
+// A tool answering a chosen kind number (8 bone, 9 rigid body, ...).
+class KindTool : public Tool {
+public:
+    int type;
+    explicit KindTool(int type, Shared<Element> const& e = Shared<Element>())
+        : Tool(e)
+        , type(type)
+    {
+    }
+    int ToolType() const override { return type; }
+};
+
+// A free-standing Scene in a fresh, recording history, with the render settings of the
+// list at their defaults; neither a tool nor an element may be left alive at teardown.
+class SceneTest : public ::testing::Test {
+protected:
+    Scene* scene = nullptr;
+    Root* root = nullptr;
+
+    void SetUp() override;
+    void TearDown() override;
+
+    History& history() { return History::instance(); }
+    // A new tool under `parent` showing `e`, an object when `object`.
+    Tool* add(Tool* parent, Shared<Element> const& e = Shared<Element>(), bool object = false,
+              Matrix34<double> const& M = Matrix34<double>());
 };
 
 } // namespace vel::test

@@ -1,0 +1,228 @@
+#include "Scene/Element.h"
+
+#include "OpenGL/GLAtom.h"
+#include "Scene/Elements/Mesh/Mesh.h"
+#include "SceneTestSupport.h"
+#include "Support/MathMatchers.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace vel::test {
+namespace {
+
+using V3 = Vector3<double>;
+using F3 = Vector3<float>;
+
+// A copyable element, for the identity rules of copies.
+class CopyElement : public TestElement {
+public:
+    using TestElement::TestElement;
+    CopyElement(CopyElement const&) = default;
+    Element* clone() override { return new CopyElement(*this); }
+};
+
+// An atom that writes its calls into a journal and fails where told.
+class Atom : public GLAtom {
+public:
+    std::string* journal;
+    char tag;
+    bool compiles = true;
+    bool enables = true;
+
+    Atom(std::string* journal, char tag)
+        : journal(journal)
+        , tag(tag)
+    {
+    }
+    bool compile() override
+    {
+        *journal += std::string("c") + tag;
+        return compiles;
+    }
+    bool enable() override
+    {
+        *journal += std::string("e") + tag;
+        return enables;
+    }
+    void disable() override { *journal += std::string("d") + tag; }
+};
+
+// An element whose buffers bring two atoms, and whose GPU data may refuse.
+class DrawElement : public TestElement {
+public:
+    Atom* a;
+    Atom* b;
+    bool gpu = true;
+    int gpuDisables = 0;
+
+    DrawElement(Atom* a, Atom* b)
+        : a(a)
+        , b(b)
+    {
+    }
+    bool enableGPUData(TRenderState const&, bool) override { return gpu; }
+    void disableGPUData() override { ++gpuDisables; }
+    void renderBuffers(TRenderState const&) override
+    {
+        machine.add(a);
+        machine.add(b);
+    }
+};
+
+class ElementTest : public ::testing::Test {
+protected:
+    void TearDown() override { EXPECT_EQ(Element::COUNT, 0); }
+};
+
+TEST_F(ElementTest, CopiesAreNewElementsAndTheBaseCloneIsTheElementItself)
+{
+    TestElement plain;
+    EXPECT_EQ(plain.clone(), &plain);
+
+    CopyElement original;
+    original.center = F3(1, 2, 3);
+    original.scale = 4;
+    original.transparent = true;
+    std::unique_ptr<Element> copy(original.clone());
+    EXPECT_EQ(Element::COUNT, 3);
+    EXPECT_GT(copy->id, original.id);
+    EXPECT_EQ(copy->center, original.center);
+    EXPECT_EQ(copy->scale, 4.0f);
+    EXPECT_TRUE(copy->transparent);
+
+    TestElement other;
+    other.reset_clone(&original);
+    EXPECT_EQ(other.center, original.center);
+    EXPECT_EQ(other.scale, original.scale);
+}
+
+TEST_F(ElementTest, TheTransformFamilyMapsOwnCoordinatesToTheUnitShapeAndBack)
+{
+    TestElement e;
+    e.center = F3(1, -2, 0.5f);
+    e.scale = 4;
+    F3 p(3, 2, -1);
+    EXPECT_TRUE(Near(V3(e.ScaleCenter(e.InvScaleCenter(p))), V3(p), 1e-6));
+    EXPECT_FLOAT_EQ(e.InvScale(e.Scale(0.3f)), 0.3f);
+    // Own centre to the origin, one scale to size f.
+    EXPECT_TRUE(Near(V3(e.center) * e.Transform(2), V3(), 1e-12));
+    EXPECT_TRUE(Near((V3(e.center) + V3(e.scale, 0, 0)) * e.Transform(2), V3(2, 0, 0), 1e-12));
+    EXPECT_TRUE(Near(V3(p) * e.Transform(1) * e.InvTransform(), V3(p), 1e-12));
+    F3 q = p;
+    EXPECT_TRUE(Near(V3(1, 0, 0) * e.TransformSculpt(q, 0, 0), V3(0.25, 0, 0), 1e-12));
+    e.calculateAABB(Matrix34<double>::Scale(10)); // the base ignores the matrix
+    EXPECT_EQ(e.aabb.min, V3(-0.5, -0.5, -0.5));
+    EXPECT_EQ(e.aabb.max, V3(0.5, 0.5, 0.5));
+}
+
+TEST_F(ElementTest, ReadyRebuildsOnlyWhenAPartMovedOnPastTheElement)
+{
+    Element::GlobalUpdate = 10;
+    TestElement leaf;
+    leaf.updateStamp = 5;
+    EXPECT_EQ(leaf.ready(), 5); // stale, but no part is newer and the stamp is not below 1
+    EXPECT_EQ(leaf.updates, 0);
+    leaf.updateStamp = 0;
+    EXPECT_EQ(leaf.ready(), 10);
+    EXPECT_EQ(leaf.updates, 1);
+    EXPECT_EQ(leaf.ready(), 10); // current: at once
+    EXPECT_EQ(leaf.updates, 1);
+
+    TestElement part;
+    TestElement composite;
+    composite.parts = {&part};
+    composite.updateStamp = 7;
+    part.updateStamp = 6;
+    composite.ready();
+    EXPECT_EQ(composite.updates, 0);
+    part.updateStamp = 8;
+    EXPECT_EQ(composite.ready(), 10);
+    EXPECT_EQ(composite.updates, 1);
+    Element::GlobalUpdate = 1;
+}
+
+TEST_F(ElementTest, TimerAdvancesThePartsAfterTheFirstAndOrsTheirAnswers)
+{
+    TestElement a, b;
+    CopyElement composite; // the base timer, not TestElement's
+    composite.parts = {&a, &b};
+    b.changes = true;
+    EXPECT_TRUE(composite.Element::timer(2.5));
+    EXPECT_EQ(a.lastTime, 2.5);
+    EXPECT_EQ(b.lastTime, 2.5);
+    b.changes = false;
+    EXPECT_FALSE(composite.Element::timer(3));
+}
+
+TEST_F(ElementTest, RenderBeginCompilesAllAtomsBeforeEnablingAndRenderEndForgetsThem)
+{
+    std::string journal;
+    Atom a(&journal, 'a'), b(&journal, 'b');
+    DrawElement e(&a, &b);
+    TRenderState state;
+
+    EXPECT_TRUE(e.renderBegin(state, false));
+    EXPECT_EQ(journal, "cacbeaeb");
+    EXPECT_TRUE(e.machine.enabled);
+    e.renderEnd();
+    EXPECT_EQ(journal, "cacbeaebdbda");
+    EXPECT_FALSE(e.machine.enabled);
+    EXPECT_TRUE(e.machine.atoms.empty());
+    EXPECT_EQ(e.gpuDisables, 1);
+
+    journal.clear();
+    b.compiles = false; // nothing is bound when one atom cannot compile
+    EXPECT_FALSE(e.renderBegin(state, false));
+    EXPECT_EQ(journal, "cacb");
+    e.renderEnd();
+    b.compiles = true;
+
+    journal.clear();
+    b.enables = false; // what was enabled is disabled again
+    EXPECT_FALSE(e.renderBegin(state, false));
+    EXPECT_EQ(journal, "cacbeaebda");
+    e.renderEnd();
+
+    journal.clear();
+    e.gpu = false; // no GPU data: the draw is skipped before any atom
+    EXPECT_FALSE(e.renderBegin(state, false));
+    EXPECT_EQ(journal, "");
+}
+
+TEST_F(ElementTest, TheBaseIsOneUnitPieceAndConvertsToNothing)
+{
+    TestElement e;
+    auto pieces = e.subelements(true);
+    ASSERT_EQ(pieces.size(), 1u);
+    EXPECT_EQ(pieces[0].element, &e);
+    EXPECT_EQ(pieces[0].transform, Matrix34<double>());
+    EXPECT_EQ(pieces[0].material, Pbr());
+    EXPECT_EQ(e.getDataType(), -1);
+    EXPECT_EQ(e.CreateType(), e.Type());
+    EXPECT_EQ(Element::CreateMesh(&e), nullptr);
+    EXPECT_EQ(Element::CreateNewMesh(&e), nullptr);
+    EXPECT_DEATH(Element::CreateMesh(nullptr), "Assertion failed: e\n");
+    EXPECT_DEATH(Element::CreateNewMesh(nullptr), "Assertion failed: e\n");
+}
+
+TEST_F(ElementTest, AMeshIsItsOwnMeshAndANewMeshIsAValidCopy)
+{
+    std::unique_ptr<Mesh> box = Mesh::Box();
+    Element* e = box.get();
+    EXPECT_EQ(e->Type(), 1);
+    EXPECT_EQ(e->BlockId(), 0xe0000001u);
+    EXPECT_EQ(Element::CreateMesh(e), box.get());
+    std::unique_ptr<Mesh> copy(Element::CreateNewMesh(e));
+    ASSERT_TRUE(copy);
+    EXPECT_NE(copy.get(), box.get());
+    EXPECT_NE(copy->id, box->id);
+    EXPECT_EQ(copy->faces.size(), box->faces.size());
+    EXPECT_TRUE(copy->validate().empty());
+    EXPECT_EQ(Element::COUNT, 2);
+}
+
+} // namespace
+} // namespace vel::test
