@@ -13,7 +13,8 @@
 // 12 CommandObjectSubChild, 14 CommandObjectSetItem, 15 CommandObjectRemItem,
 // 16 CommandObjectSetPivot, 18 CommandObjectLink, 19 CommandObjectUnlink,
 // 22 CommandObjectDelete, 40 to 48 the swap commands on tools (Commands/ToolSwapCommands.h,
-// Commands/CommandTransformObjects.h), 50 CommandReplaceElement, 51 CommandUniqueElement.
+// Commands/CommandTransformObjects.h), 50 CommandReplaceElement, 51 CommandUniqueElement,
+// 52 CommandSaveMesh, 53 CommandSubdivideMesh, 54 CommandMeshDataType.
 // Each class keeps its own as `TYPE`.
 #pragma once
 

@@ -2,10 +2,13 @@
 
 #include "Core/Assert.h"
 #include "OpenGL/Rendering.h"
+#include "Scene/Elements/Mesh/Mesh.h"
+#include "Scene/Elements/Mesh/MeshFile.h"
 #include "Scene/Root.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
 
+#include <memory>
 #include <set>
 #include <unordered_map>
 
@@ -355,6 +358,31 @@ void Scene::updateTransformsFromPhysicsWorld()
 {
     VEL_ASSERT(root);
     root->updateTransformsFromPhysicsWorld();
+}
+
+bool Scene::saveOBJ(std::vector<Tool*> const& tools, std::string const& path, bool normals)
+{
+    std::unordered_map<Element*, Mesh*> meshes;
+    std::vector<std::unique_ptr<Mesh>> made; // conversions, gone with the export
+    std::vector<PlacedMesh> placed;
+    for (Tool* t : tools) {
+        Element* e = t->element.get();
+        if (t->isGroup() || t->isBone() || !e)
+            continue;
+        auto found = meshes.find(e);
+        if (found == meshes.end()) {
+            Mesh* mesh = Element::CreateMesh(e);
+            if (mesh && static_cast<Element*>(mesh) != e)
+                made.emplace_back(mesh);
+            found = meshes.emplace(e, mesh).first;
+        }
+        if (!found->second)
+            continue;
+        Matrix34<double> world;
+        t->worldTransform(world, true);
+        placed.emplace_back(found->second, e->Transform(1.0f) * world);
+    }
+    return vel::saveOBJ(placed, path, normals);
 }
 
 } // namespace vel

@@ -13,7 +13,7 @@
 // - searches by id
 // - selection
 // - adding objects
-// - merging, fitting, saving, time
+// - merging, fitting, saving, time, OBJ export
 #pragma once
 
 #include "Math/AABB.h"
@@ -128,6 +128,10 @@ public:
     void prepareSave();
     bool timer(double t);
     void updateTransformsFromPhysicsWorld();
+    // Writes the meshes of `tools` in world coordinates to one OBJ file (".obj" added when
+    // missing). Groups, bones and elements that do not convert are left out; an element
+    // shown by several tools is converted once. False when the file cannot be written.
+    bool saveOBJ(std::vector<Tool*> const& tools, std::string const& path, bool normals);
 
 private:
     // The entry of id, redirected where the entry says so.
