@@ -13,11 +13,6 @@ namespace {
 using M34 = Matrix34<double>;
 using V3 = Vector3<double>;
 
-M34 move(double x, double y, double z)
-{
-    return M34::Translation(V3(x, y, z));
-}
-
 M34 world(Tool const* t)
 {
     M34 M;
@@ -39,12 +34,12 @@ protected:
         first = new TestElement;
         second = new TestElement;
         Shared<Element> one(first), two(second);
-        a = add(root, one, true, move(1, 0, 0));
-        b = add(a, one, false, move(0, 1, 0));
-        c = add(b, two, false, move(0, 0, 1));
-        d = add(a, two, true, move(0, 2, 0));
-        e = add(d, Shared<Element>(), false, move(0, 0, 3));
-        f = add(root, one, true, move(-4, 0, 0));
+        a = add(root, one, true, moveBy(1, 0, 0));
+        b = add(a, one, false, moveBy(0, 1, 0));
+        c = add(b, two, false, moveBy(0, 0, 1));
+        d = add(a, two, true, moveBy(0, 2, 0));
+        e = add(d, Shared<Element>(), false, moveBy(0, 0, 3));
+        f = add(root, one, true, moveBy(-4, 0, 0));
         a->link(f);
         scene->toList(true, false);
     }
@@ -168,8 +163,8 @@ TEST_F(SceneTreeTest, SelectionFixesAHitAndReachesLinkedTwins)
 
 TEST_F(SceneTreeTest, CopiesGoUnderTheTargetAndEachOfItsTwins)
 {
-    Tool* T = new Tool(Shared<Element>(new TestElement), move(0, 0, 7));
-    std::vector<M34> pivots{move(1, 0, 0), move(2, 0, 0)};
+    Tool* T = new Tool(Shared<Element>(new TestElement), moveBy(0, 0, 7));
+    std::vector<M34> pivots{moveBy(1, 0, 0), moveBy(2, 0, 0)};
     scene->dirty = false;
     auto copies = scene->addObjectsOnID(3, T, M34::Scale(2), pivots, 2, true, false);
     EXPECT_TRUE(scene->dirty);
@@ -193,7 +188,7 @@ TEST_F(SceneTreeTest, CopiesGoUnderTheTargetAndEachOfItsTwins)
 
 TEST_F(SceneTreeTest, TheTemporaryListHangsUnderTheLastHit)
 {
-    Tool* T = new Tool(Shared<Element>(new TestElement), move(0, 0, 7));
+    Tool* T = new Tool(Shared<Element>(new TestElement), moveBy(0, 0, 7));
     std::vector<M34> one{M34()};
     scene->searchObject(3);
     scene->addObjectToList(T, M34(), one, 2, false);

@@ -99,6 +99,11 @@ Vector3<double> worldPoint(Tool const* tool, Vector3<double> const& p)
     return p * M;
 }
 
+Matrix34<double> moveBy(double x, double y, double z)
+{
+    return Matrix34<double>::Translation(Vector3<double>(x, y, z));
+}
+
 bool near(Matrix34<double> const& a, Matrix34<double> const& b, double eps)
 {
     for (int i = 0; i < 12; ++i)

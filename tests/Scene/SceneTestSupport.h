@@ -137,6 +137,9 @@ std::vector<std::string> validate(Tool* root);
 // The point p of `tool`'s element, in the world.
 Vector3<double> worldPoint(Tool const* tool, Vector3<double> const& p);
 
+// A pure translation.
+Matrix34<double> moveBy(double x, double y, double z);
+
 bool near(Matrix34<double> const& a, Matrix34<double> const& b, double eps = 1e-9);
 bool near(Vector3<double> const& a, Vector3<double> const& b, double eps = 1e-9);
 

@@ -13,11 +13,6 @@ namespace {
 using M34 = Matrix34<double>;
 using V3 = Vector3<double>;
 
-M34 move(double x, double y, double z)
-{
-    return M34::Translation(V3(x, y, z));
-}
-
 // A composite that draws as two pieces: itself, and its part moved by one along x.
 class TwoPieces : public TestElement {
 public:
@@ -28,7 +23,7 @@ public:
     }
     std::deque<SubElement> subelements(bool) override
     {
-        return {SubElement{this, M34(), Pbr()}, SubElement{other, move(1, 0, 0), Pbr()}};
+        return {SubElement{this, M34(), Pbr()}, SubElement{other, moveBy(1, 0, 0), Pbr()}};
     }
 };
 
@@ -58,12 +53,12 @@ protected:
 TEST_F(ToolListTest, AppendListsTheTreeInPreOrderWithWorldMatricesAndTheChaseToObjects)
 {
     // a (object) > b > c ; a > d (object) > e ; f
-    Tool* a = add(root, element(), true, move(1, 0, 0));
-    Tool* b = add(a, element(), false, move(0, 1, 0));
-    Tool* c = add(b, element(), false, move(0, 0, 1));
-    Tool* d = add(a, element(), true, move(0, 2, 0));
+    Tool* a = add(root, element(), true, moveBy(1, 0, 0));
+    Tool* b = add(a, element(), false, moveBy(0, 1, 0));
+    Tool* c = add(b, element(), false, moveBy(0, 0, 1));
+    Tool* d = add(a, element(), true, moveBy(0, 2, 0));
     Tool* e = add(d, element());
-    Tool* f = add(root, Shared<Element>(), false, move(5, 0, 0));
+    Tool* f = add(root, Shared<Element>(), false, moveBy(5, 0, 0));
     list.append(root, false);
 
     ASSERT_EQ(list.count(), 6);
@@ -110,12 +105,12 @@ TEST_F(ToolListTest, SkippingTheSelectionLeavesOutSelectedSubtrees)
 
 TEST_F(ToolListTest, ANestedInstanceIsListedPerMatrixUnderItsOwnerAndPointsBackToIt)
 {
-    Tool* owner = add(root, element(), true, move(10, 0, 0));
+    Tool* owner = add(root, element(), true, moveBy(10, 0, 0));
     list.append(root, false);
     // An item with one child, not in the tree, shown twice by the owner.
-    Tool* item = new Tool(element(), move(0, 1, 0));
-    Tool* part = add(item, element(), false, move(0, 0, 1));
-    std::vector<M34> instances{move(1, 0, 0), move(2, 0, 0)};
+    Tool* item = new Tool(element(), moveBy(0, 1, 0));
+    Tool* part = add(item, element(), false, moveBy(0, 0, 1));
+    std::vector<M34> instances{moveBy(1, 0, 0), moveBy(2, 0, 0)};
     list.append(item, M34::Scale(2), instances, list, owner, 0, false);
 
     ASSERT_EQ(list.count(), 5);
@@ -193,7 +188,7 @@ TEST_F(ToolListTest, SortLeavesOutWhatIsNotDrawnAndKeysPiecesByShader)
     EXPECT_EQ(draws.count(&curveShader), 3u); // the curve and each second piece
     for (auto const& [shader, sub] : draws) {
         if (sub.index == 7 && sub.sub.element == part) {
-            EXPECT_TRUE(Near(sub.sub.transform, move(1, 0, 0)));
+            EXPECT_TRUE(Near(sub.sub.transform, moveBy(1, 0, 0)));
         }
         if (sub.index == 5) {
             EXPECT_EQ(sub.sub.transform, M34());

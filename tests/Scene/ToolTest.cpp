@@ -24,17 +24,7 @@ M34 turn(V3 const& axis, double angle)
     return M34(Matrix3<double>::RotationAroundUnitAxis(axis.normalize(), std::sin(angle), std::cos(angle)));
 }
 
-// A tool that answers a chosen kind number, for the kind queries.
-class Kind : public Tool {
-public:
-    int type;
-    explicit Kind(int type, Shared<Element> const& e = Shared<Element>())
-        : Tool(e)
-        , type(type)
-    {
-    }
-    int ToolType() const override { return type; }
-};
+using Kind = KindTool;
 
 // ---- construction --------------------------------------------------------------------
 
