@@ -71,11 +71,34 @@ bool ToolList::isTransparent(int i) const
            item.tool->material.pbr.color(3) < ALPHA_OPAQUE;
 }
 
+void ToolList::recycle(int which)
+{
+    DrawList& draws = sorted[size_t(which)];
+    spare.reserve(spare.size() + draws.size());
+    // From the front, where a node's predecessor is found at once.
+    while (!draws.empty())
+        spare.push_back(draws.extract(draws.begin()));
+}
+
+void ToolList::insert(int which, Shader* shader, RenderSubItem const& sub)
+{
+    DrawList& draws = sorted[size_t(which)];
+    if (spare.empty()) {
+        draws.emplace(shader, sub);
+        return;
+    }
+    DrawList::node_type node = std::move(spare.back());
+    spare.pop_back();
+    node.key() = shader;
+    node.mapped() = sub;
+    draws.insert(std::move(node));
+}
+
 void ToolList::sort(bool curves, bool transparent, bool rigid)
 {
-    sorted[DRAW_OPAQUE].clear();
-    sorted[DRAW_TRANSPARENT].clear();
-    sorted[3].clear();
+    recycle(DRAW_OPAQUE);
+    recycle(DRAW_TRANSPARENT);
+    recycle(3);
     Rendering const& rendering = Rendering::instance();
     bool twoPasses = Rendering::hasMaterials(rendering.style);
     int kind = twoPasses ? 0 : rendering.style == rtDEPTH ? rtDEPTH : 6;
@@ -92,18 +115,18 @@ void ToolList::sort(bool curves, bool transparent, bool rigid)
         bool seeThrough = isTransparent(i);
         if ((!transparent && seeThrough) || (!rigid && tool->isRigidBody()))
             continue;
-        DrawList& target = sorted[twoPasses && seeThrough ? DRAW_TRANSPARENT : DRAW_OPAQUE];
+        int target = twoPasses && seeThrough ? DRAW_TRANSPARENT : DRAW_OPAQUE;
         // Bones and bodies draw their own shape: one piece, as it is.
         if (tool->isBone() || tool->isRigidBody()) {
             Element::SubElement whole{element, Matrix34<double>(), Pbr()};
-            target.emplace(tool->renderShader(element, state), RenderSubItem{tool, whole, i, tool->material});
+            insert(target, tool->renderShader(element, state), RenderSubItem{tool, whole, i, tool->material});
             continue;
         }
         auto found = pieces.find(element);
         if (found == pieces.end())
             found = pieces.emplace(element, element->subelements(true)).first;
         for (Element::SubElement const& sub : found->second)
-            target.emplace(tool->renderShader(sub.element, state), RenderSubItem{tool, sub, i, tool->material});
+            insert(target, tool->renderShader(sub.element, state), RenderSubItem{tool, sub, i, tool->material});
     }
 }
 

@@ -55,6 +55,9 @@ public:
     std::deque<int> parents;
     std::deque<int> indices;
     std::array<DrawList, 4> sorted;
+    // Nodes of earlier draw lists, recycled by sort: a frame's lists are about as long as
+    // the last frame's, and allocating every node anew costs more than the sorting.
+    std::vector<DrawList::node_type> spare;
 
     int count() const { return int(items.size()); }
     // Empties the four deques; the draw lists stay until the next sort.
@@ -89,6 +92,9 @@ public:
     Tool* FirstParent(int i) const;
 
 private:
+    // Moves the nodes of draw list `which` to `spare`.
+    void recycle(int which);
+    void insert(int which, Shader* shader, RenderSubItem const& sub);
     void walk(Tool* T, bool skipSelected, Matrix34<double> const& parentWorld, int parentEntry, int index);
     int add(Tool* T, Matrix34<double> const& world, int parentEntry, int index);
 };
