@@ -38,8 +38,8 @@ void Scene::init(bool keepRoot)
     History::Pause pause;
     Error = false;
     deselect();
-    list = ToolList();
-    temporary = ToolList();
+    list.reset();
+    temporary.reset();
     map.clear();
     delete root;
     root = keepRoot ? nullptr : new Root;

@@ -6,12 +6,27 @@
 
 namespace vel {
 
+ToolList::ToolList()
+{
+    for (size_t i = 0; i < arenas.size(); ++i) {
+        arenas[i] = std::make_unique<std::pmr::monotonic_buffer_resource>();
+        sorted[i] = DrawList(arenas[i].get());
+    }
+}
+
 void ToolList::clear()
 {
     items.clear();
     matrices.clear();
     parents.clear();
     indices.clear();
+}
+
+void ToolList::reset()
+{
+    clear();
+    for (int i = 0; i < int(sorted.size()); ++i)
+        restart(i);
 }
 
 // ---- listing ---------------------------------------------------------------------------
@@ -71,34 +86,21 @@ bool ToolList::isTransparent(int i) const
            item.tool->material.pbr.color(3) < ALPHA_OPAQUE;
 }
 
-void ToolList::recycle(int which)
+void ToolList::restart(int which)
 {
-    DrawList& draws = sorted[size_t(which)];
-    spare.reserve(spare.size() + draws.size());
-    // From the front, where a node's predecessor is found at once.
-    while (!draws.empty())
-        spare.push_back(draws.extract(draws.begin()));
-}
-
-void ToolList::insert(int which, Shader* shader, RenderSubItem const& sub)
-{
-    DrawList& draws = sorted[size_t(which)];
-    if (spare.empty()) {
-        draws.emplace(shader, sub);
-        return;
-    }
-    DrawList::node_type node = std::move(spare.back());
-    spare.pop_back();
-    node.key() = shader;
-    node.mapped() = sub;
-    draws.insert(std::move(node));
+    size_t previous = sorted[size_t(which)].size();
+    // The list goes first: its nodes live in the arena released next.
+    sorted[size_t(which)] = DrawList();
+    arenas[size_t(which)]->release();
+    sorted[size_t(which)] = DrawList(arenas[size_t(which)].get());
+    sorted[size_t(which)].reserve(previous);
 }
 
 void ToolList::sort(bool curves, bool transparent, bool rigid)
 {
-    recycle(DRAW_OPAQUE);
-    recycle(DRAW_TRANSPARENT);
-    recycle(3);
+    restart(DRAW_OPAQUE);
+    restart(DRAW_TRANSPARENT);
+    restart(3);
     Rendering const& rendering = Rendering::instance();
     bool twoPasses = Rendering::hasMaterials(rendering.style);
     int kind = twoPasses ? 0 : rendering.style == rtDEPTH ? rtDEPTH : 6;
@@ -119,14 +121,14 @@ void ToolList::sort(bool curves, bool transparent, bool rigid)
         // Bones and bodies draw their own shape: one piece, as it is.
         if (tool->isBone() || tool->isRigidBody()) {
             Element::SubElement whole{element, Matrix34<double>(), Pbr()};
-            insert(target, tool->renderShader(element, state), RenderSubItem{tool, whole, i, tool->material});
+            sorted[size_t(target)].emplace(tool->renderShader(element, state), RenderSubItem{tool, whole, i, tool->material});
             continue;
         }
         auto found = pieces.find(element);
         if (found == pieces.end())
             found = pieces.emplace(element, element->subelements(true)).first;
         for (Element::SubElement const& sub : found->second)
-            insert(target, tool->renderShader(sub.element, state), RenderSubItem{tool, sub, i, tool->material});
+            sorted[size_t(target)].emplace(tool->renderShader(sub.element, state), RenderSubItem{tool, sub, i, tool->material});
     }
 }
 

@@ -1,7 +1,7 @@
 // ToolList: the flat list of a tree for one frame: what is drawn, in which order, and what
 // a pixel's id names.
 //
-// Entry i (id i + 1 in the id buffer) is held in four parallel deques:
+// Entry i (id i + 1 in the id buffer) is held in four parallel sequences:
 // - items[i]: the tool, the element it draws, and the entry of its tree parent (-1 none);
 // - matrices[i]: the tool's world matrix;
 // - parents[i]: the chase table. It maps an entry to the next higher one that belongs to
@@ -21,6 +21,8 @@
 
 #include <array>
 #include <deque>
+#include <memory>
+#include <memory_resource>
 #include <unordered_map>
 #include <vector>
 
@@ -44,24 +46,31 @@ struct RenderSubItem {
 
 class ToolList {
 public:
-    using DrawList = std::unordered_multimap<Shader*, RenderSubItem>;
+    // Draw lists live in a per-frame arena: a frame's nodes are laid out one after another
+    // and dropped together, instead of being allocated and freed one by one.
+    using DrawList = std::pmr::unordered_multimap<Shader*, RenderSubItem>;
     static constexpr int DRAW_OPAQUE = 0;
     static constexpr int DRAW_TRANSPARENT = 1;
     // A material alpha (13 bits) below this draws in the transparent pass.
     static constexpr int ALPHA_OPAQUE = 8160;
 
-    std::deque<RenderItem> items;
-    std::deque<Matrix34<double>> matrices;
-    std::deque<int> parents;
-    std::deque<int> indices;
+    // Vectors, not deques: cleared each frame, they keep their capacity, so a steady frame
+    // lists without allocating.
+    std::vector<RenderItem> items;
+    std::vector<Matrix34<double>> matrices;
+    std::vector<int> parents;
+    std::vector<int> indices;
     std::array<DrawList, 4> sorted;
-    // Nodes of earlier draw lists, recycled by sort: a frame's lists are about as long as
-    // the last frame's, and allocating every node anew costs more than the sorting.
-    std::vector<DrawList::node_type> spare;
+
+    ToolList();
+    ToolList(ToolList&&) = delete; // the draw lists point into this list's own arenas
+    ToolList& operator=(ToolList&&) = delete;
 
     int count() const { return int(items.size()); }
-    // Empties the four deques; the draw lists stay until the next sort.
+    // Empties the four sequences; the draw lists stay until the next sort.
     void clear();
+    // Empties the sequences and all four draw lists.
+    void reset();
 
     // Lists T and its subtree under the place T has in the tree (its parent's world frame).
     // A root lists its children only. With `skipSelected` a selected tool is left out with
@@ -92,9 +101,11 @@ public:
     Tool* FirstParent(int i) const;
 
 private:
-    // Moves the nodes of draw list `which` to `spare`.
-    void recycle(int which);
-    void insert(int which, Shader* shader, RenderSubItem const& sub);
+    // One arena per draw list, so that the third (index 2), which sort leaves alone, keeps its nodes.
+    std::array<std::unique_ptr<std::pmr::monotonic_buffer_resource>, 4> arenas;
+
+    // Empties draw list `which` and its arena, keeping room for as many entries as it had.
+    void restart(int which);
     void walk(Tool* T, bool skipSelected, Matrix34<double> const& parentWorld, int parentEntry, int index);
     int add(Tool* T, Matrix34<double> const& world, int parentEntry, int index);
 };
