@@ -454,7 +454,7 @@ std::deque<Tool*> Tool::Explode()
 {
     if (!isSimpleGroup())
         return {};
-    return children;
+    return std::deque<Tool*>(children.begin(), children.end());
 }
 
 // ---- transforms ------------------------------------------------------------------------

@@ -87,7 +87,8 @@ public:
     Tool* Parent = nullptr; // null for the root and for a tool out of the tree
     Tool* clone = nullptr; // the copy made in the current clone pass; cleared by Mark
     Tool* linkNext = this; // next in the ring of links (named apart from link(Tool*))
-    std::deque<Tool*> children;
+    // A vector, not a deque: an empty deque allocates some 600 bytes, and most tools are leaves.
+    std::vector<Tool*> children;
     Matrix34<double> objectMatrix; // the object in the frame of its pivot
     Matrix34<double> pivotMatrix;  // the pivot in the frame of the parent
     Vector3<float> rotationAxis;    // rotation constraint; zero for free

@@ -128,12 +128,12 @@ TEST_F(TreeTest, SubFromParentKeepsThePositionForUndo)
     EXPECT_EQ(b->subFromParent(), root);
     EXPECT_EQ(gPreviouslyAddedObject, nullptr);
     EXPECT_EQ(b->Parent, nullptr);
-    EXPECT_EQ(root->children, (std::deque<Tool*>{a, c}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{a, c}));
     history().undo();
-    EXPECT_EQ(root->children, (std::deque<Tool*>{a, b, c}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{a, b, c}));
     EXPECT_EQ(b->Parent, root);
     history().redo();
-    EXPECT_EQ(root->children, (std::deque<Tool*>{a, c}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{a, c}));
     history().undo();
 }
 
@@ -194,7 +194,7 @@ TEST_F(TreeTest, RemoveTakesTheSubtreeOutAndUndoRestoresTreeAndRing)
     history().superBegin("Delete", false);
     b->remove();
     history().superEnd();
-    EXPECT_EQ(root->children, (std::deque<Tool*>{a, e}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{a, e}));
     EXPECT_EQ(Tool::COUNT, count) << "removed tools live on in their commands";
     EXPECT_FALSE(e->linked());
     EXPECT_FALSE(a->linked());
@@ -206,7 +206,7 @@ TEST_F(TreeTest, RemoveTakesTheSubtreeOutAndUndoRestoresTreeAndRing)
     EXPECT_EQ(snapshot(root), before);
     EXPECT_EQ(d->Parent, b);
     history().redo();
-    EXPECT_EQ(root->children, (std::deque<Tool*>{a, e}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{a, e}));
     history().clear();
     EXPECT_EQ(Tool::COUNT, count - 3) << "the deletion stands once its command is gone";
 }
@@ -246,7 +246,7 @@ TEST_F(TreeTest, DestroyingAToolDestroysItsChildrenAndLeavesParentAndRing)
     size_t steps = history().commands.size();
     delete a;
     EXPECT_EQ(Tool::COUNT, count - 3);
-    EXPECT_EQ(root->children, (std::deque<Tool*>{b}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{b}));
     EXPECT_FALSE(b->linked());
     EXPECT_EQ(history().commands.size(), steps) << "a teardown is no step";
     EXPECT_TRUE(history().active);

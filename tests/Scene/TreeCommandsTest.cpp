@@ -161,9 +161,9 @@ TEST_F(TreeTest, SubChildRedoFindsTheChildAnew)
     CommandObjectSubChild command(root, a, 5);
     command.redo();
     EXPECT_EQ(command.position, 0);
-    EXPECT_EQ(root->children, (std::deque<Tool*>{b}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{b}));
     command.undo();
-    EXPECT_EQ(root->children, (std::deque<Tool*>{a, b}));
+    EXPECT_EQ(root->children, (std::vector<Tool*>{a, b}));
     EXPECT_EQ(a->Parent, root);
 }
 
