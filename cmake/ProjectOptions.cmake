@@ -14,8 +14,10 @@ if(VEL_SANITIZE)
   target_link_options(vel_sanitizers INTERFACE -fsanitize=address,undefined)
 endif()
 
-# Assertions print source paths relative to src/, e.g. "Memory/ScratchpadMemory.h".
+# Assertions print source paths relative to src/, e.g. "Memory/ScratchpadMemory.h"; other
+# files relative to the project. Of several matching maps the compiler applies the last
+# one given, so the longer prefix comes last.
 add_library(vel_source_paths INTERFACE)
 target_compile_options(vel_source_paths INTERFACE
-  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/src/="
-  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
+  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/src/=")

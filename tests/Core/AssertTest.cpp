@@ -1,5 +1,7 @@
 #include "Core/Assert.h"
 
+#include "Scene/Tool.h"
+
 #include <gtest/gtest.h>
 
 namespace vel {
@@ -9,11 +11,6 @@ int Checked(int value)
 {
     VEL_ASSERT(value > 0);
     return value;
-}
-
-TEST(AssertDeathTest, PassingConditionReturnsNormally)
-{
-    EXPECT_EQ(Checked(3), 3);
 }
 
 TEST(AssertDeathTest, FailurePrintsConditionTextAndSourcePathRelativeToSrc)
@@ -30,8 +27,9 @@ TEST(AssertDeathTest, MessageFormAddsTheReason)
 
 TEST(AssertDeathTest, LibraryAssertionNamesItsSourceFileUnderSrc)
 {
-    // Any assertion inside the library must name paths like "Core/...", without "src/".
-    EXPECT_DEATH(AssertFailed("x", __FILE__, 1, nullptr), "at tests/Core/AssertTest.cpp:1");
+    // An assertion compiled into the library names its file relative to src/.
+    Tool tool;
+    EXPECT_DEATH(tool.changeOrientation(4, false, false), "\n  at Scene/Tool\\.cpp:[0-9]+");
 }
 
 } // namespace
