@@ -51,30 +51,82 @@ class ScratchPad : public Singleton<ScratchPad<Size, Index>> {
 public:
     static constexpr std::size_t SIZE = Size;
 
+    // One user's hold on the pad for its lifetime. A second hold, or a plain data()/at() of
+    // the same pad while one is held, asserts: two users would overwrite each other's arrays.
+    class Lease {
+    public:
+        Lease()
+            : pad(ScratchPad::instance())
+        {
+            pad.acquire();
+        }
+        ~Lease() { pad.release(); }
+        Lease(Lease const&) = delete;
+        Lease& operator=(Lease const&) = delete;
+
+        unsigned char* data() { return pad.base(); }
+        template <class T>
+        T* at(std::size_t offset, std::size_t count)
+        {
+            return pad.template view<T>(offset, count);
+        }
+
+    private:
+        ScratchPad& pad;
+    };
+
     ScratchPad()
         : memory(Size)
     {
     }
 
-    // Base of the pad; asserts the pad really holds its bytes.
+    // Takes and gives back the pad by hand, where a Lease's scope does not fit.
+    void acquire()
+    {
+        VEL_ASSERT_MSG(!held, "a scratch pad has one user at a time");
+        held = true;
+    }
+    void release()
+    {
+        VEL_ASSERT_MSG(held, "a scratch pad released without being acquired");
+        held = false;
+    }
+    bool busy() const { return held; }
+
+    // Base of the pad, for a user without a Lease; asserts that nobody holds one.
     unsigned char* data()
     {
-        VEL_ASSERT(memory.size() == Size);
-        return memory.data();
+        VEL_ASSERT_MSG(!held, "a scratch pad has one user at a time");
+        return base();
     }
 
-    // A typed view at `offset` for `count` elements; asserts it fits in the pad.
+    // A typed view at `offset` for `count` elements, for a user without a Lease; asserts it
+    // fits in the pad and that nobody holds the pad.
     template <class T>
     T* at(std::size_t offset, std::size_t count)
     {
-        VEL_ASSERT_MSG(offset + count * sizeof(T) <= Size, "scratch pad overflow");
-        return reinterpret_cast<T*>(data() + offset);
+        VEL_ASSERT_MSG(!held, "a scratch pad has one user at a time");
+        return view<T>(offset, count);
     }
 
     std::size_t size() const { return memory.size(); }
 
 private:
+    unsigned char* base()
+    {
+        VEL_ASSERT(memory.size() == Size);
+        return memory.data();
+    }
+
+    template <class T>
+    T* view(std::size_t offset, std::size_t count)
+    {
+        VEL_ASSERT_MSG(offset <= Size && count <= (Size - offset) / sizeof(T), "scratch pad overflow");
+        return reinterpret_cast<T*>(base() + offset);
+    }
+
     std::vector<unsigned char, UninitialisedAllocator<unsigned char>> memory;
+    bool held = false; // a Lease or an acquire() is outstanding
 };
 
 using ScratchPadGeometry = ScratchPad<268435456, 0>;
