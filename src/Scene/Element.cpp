@@ -1,6 +1,7 @@
 #include "Scene/Element.h"
 
 #include "Core/Assert.h"
+#include "Core/Communicate.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 
 #include <algorithm>
@@ -67,6 +68,20 @@ Mesh* Element::CreateNewMesh(Element* e)
     Element* copy = e->clone();
     VEL_ASSERT_MSG(copy != e, "a kind that answers ToMesh with itself copies itself in clone");
     return static_cast<Mesh*>(copy);
+}
+
+Clay* Element::CreateClay(Element* e)
+{
+    VEL_ASSERT(e);
+    LogInfo("Conversion to clay is not available in this version", 1);
+    return nullptr;
+}
+
+Cloth* Element::CreateCloth(Element* e)
+{
+    VEL_ASSERT(e);
+    LogInfo("Conversion to cloth is not available in this version", 1);
+    return nullptr;
 }
 
 int Element::getDataType() const
@@ -158,9 +173,16 @@ std::deque<Vector3<double>> Element::Points(Matrix34<double> const&) const
 
 // ---- update protocol and time ----------------------------------------------------------
 
+// An update is itself a change of geometry for whatever is built from this element: the
+// stamp moves on, so that the composites holding it rebuild in their next ready().
 void Element::update()
 {
-    updateStamp = GlobalUpdate;
+    updateStamp = ++GlobalUpdate;
+}
+
+void Element::advanceUpdate()
+{
+    ++GlobalUpdate;
 }
 
 int64_t Element::ready()

@@ -5,9 +5,10 @@
 // unit = (own - center) / scale. `Transform(f)` is that mapping scaled to size f.
 //
 // Update protocol: a global stamp, not a dirty flag per element. `GlobalUpdate` moves on
-// whenever anything that may affect geometry changes; `update()` brings one element up to
-// date and stores the stamp; `ready()` is the lazy form, which rebuilds a composite only
-// when one of its parts has moved on past it.
+// whenever anything that may affect geometry changes, and every `update()` is such a change
+// (it advances the stamp and stores it), so an edit of an element ends with its update().
+// `ready()` is the lazy form, which rebuilds a composite only when one of its parts has
+// moved on past it.
 //
 // Lifecycle: constructed; filled (a factory or DataRead); `initialize(style)`;
 // `prepareRender` each frame; `renderBegin`, `render`, `renderEnd`; `prepareSave` before
@@ -43,6 +44,8 @@
 
 namespace vel {
 
+class Clay;
+class Cloth;
 class IFile;
 class Mesh;
 class OFile;
@@ -71,7 +74,7 @@ public:
 
     // ---- fields ----
     int id;
-    int64_t updateStamp = 0; // GlobalUpdate at the last update()
+    int64_t updateStamp = 0; // GlobalUpdate as advanced by the last update()
     bool invalid = false;    // the topology could not be built
     bool transparent = false; // drawn in the transparent pass whatever the tool's material
     AABB aabb;               // filled by calculateAABB; starts empty
@@ -129,6 +132,7 @@ public:
     virtual void elements(std::vector<Element*>& out);
     // Resolves part ids read from a file into references.
     virtual void identify(std::vector<Shared<Element>> const& elements);
+    // Advances GlobalUpdate and takes it as this element's stamp.
     virtual void update();
     // Advances every part after the first to time t; true if any of them changed.
     virtual bool timer(double t);
@@ -172,11 +176,20 @@ public:
     virtual bool hasChanged() const;
     virtual void setChanged(bool on);
 
+    // For changes that may affect geometry made outside an element's own update() (a tool
+    // given another element, an undo): every element's next ready() looks at its parts.
+    static void advanceUpdate();
+
     // ---- factories ----
     // The element as a mesh: itself or a new one (compare with e to tell).
     static Mesh* CreateMesh(Element* e);
     // Always a new mesh the caller owns; null when e does not convert.
     static Mesh* CreateNewMesh(Element* e);
+    // A new Clay or Cloth made from e's mesh, owned by the caller. The GPU kinds are not
+    // part of this build yet: both log a warning and give null, which callers must expect
+    // anyway for an element that does not convert.
+    static Clay* CreateClay(Element* e);
+    static Cloth* CreateCloth(Element* e);
 
 protected:
     // A copy is a new element: a fresh id, its own (empty) machine, the geometry fields.

@@ -118,30 +118,28 @@ TEST_F(ElementTest, TheTransformFamilyMapsOwnCoordinatesToTheUnitShapeAndBack)
     EXPECT_EQ(e.aabb.max, V3(0.5, 0.5, 0.5));
 }
 
-TEST_F(ElementTest, ReadyRebuildsOnlyWhenAPartMovedOnPastTheElement)
+// An edit ends with the element's update(), which moves the global stamp on: a composite
+// rebuilds once after an edit of any of its parts, and not again until the next one.
+TEST_F(ElementTest, ReadyRebuildsACompositeOnceAfterAnEditOfAnyPart)
 {
-    Element::GlobalUpdate = 10;
+    TestElement first, second, composite;
+    composite.parts = {&first, &second};
+    composite.ready(); // fresh parts and composite are built once
+    int built = composite.updates;
+    EXPECT_EQ(first.updates, 1);
+    for (TestElement* edited : {&first, &second}) {
+        edited->update();
+        composite.ready();
+        EXPECT_EQ(composite.updates, ++built);
+        composite.ready();
+        first.ready();
+        EXPECT_EQ(composite.updates, built);
+    }
+    // A stale element whose parts are older than itself is not rebuilt.
     TestElement leaf;
     leaf.updateStamp = 5;
-    EXPECT_EQ(leaf.ready(), 5); // stale, but no part is newer and the stamp is not below 1
+    EXPECT_EQ(leaf.ready(), 5);
     EXPECT_EQ(leaf.updates, 0);
-    leaf.updateStamp = 0;
-    EXPECT_EQ(leaf.ready(), 10);
-    EXPECT_EQ(leaf.updates, 1);
-    EXPECT_EQ(leaf.ready(), 10); // current: at once
-    EXPECT_EQ(leaf.updates, 1);
-
-    TestElement part;
-    TestElement composite;
-    composite.parts = {&part};
-    composite.updateStamp = 7;
-    part.updateStamp = 6;
-    composite.ready();
-    EXPECT_EQ(composite.updates, 0);
-    part.updateStamp = 8;
-    EXPECT_EQ(composite.ready(), 10);
-    EXPECT_EQ(composite.updates, 1);
-    Element::GlobalUpdate = 1;
 }
 
 TEST_F(ElementTest, TimerAdvancesThePartsAfterTheFirstAndOrsTheirAnswers)
