@@ -3,6 +3,7 @@
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
 #include "Scene/Command.h"
+#include "Scene/Element.h"
 #include "Scene/SuperCommand.h"
 
 #include <algorithm>
@@ -36,6 +37,11 @@ void History::push(Command* command)
         return;
     }
     discardRedoTail();
+    // Into an open group before any eviction: the group grows, the count of steps does not.
+    if (!commands.empty() && commands.back()->isSuper() && !commands.back()->isFinished()) {
+        static_cast<SuperCommand*>(commands.back())->push(command);
+        return;
+    }
     // `while`, not `if`: the capacity may have been lowered below the count.
     while (commands.size() >= capacity && !commands.empty()) {
         dropped.push_back(commands.front());
@@ -46,10 +52,6 @@ void History::push(Command* command)
             emit Communicate::instance().historyPopFront();
     }
     discardRedoTail();
-    if (!commands.empty() && commands.back()->isSuper() && !commands.back()->isFinished()) {
-        static_cast<SuperCommand*>(commands.back())->push(command);
-        return;
-    }
     commands.push_back(command);
     ++currentIndex;
     if (mergeNewest())
@@ -58,9 +60,15 @@ void History::push(Command* command)
         emit Communicate::instance().historyUpdate();
 }
 
+// Each superBegin is paired with the next unmatched superEnd, whether or not recording was
+// on at either call: a group opened while recording is closed by its own superEnd even if
+// recording went off in between, and a superEnd whose superBegin opened nothing closes
+// nothing.
 void History::superBegin(std::string const& name, bool mergeable)
 {
-    if (!recording())
+    bool opens = recording();
+    openings.push_back(opens);
+    if (!opens)
         return;
     discardRedoTail();
     push(new SuperCommand(name, mergeable));
@@ -69,7 +77,11 @@ void History::superBegin(std::string const& name, bool mergeable)
 
 void History::superEnd()
 {
-    if (!recording())
+    if (openings.empty())
+        return;
+    bool opened = openings.back();
+    openings.pop_back();
+    if (!opened)
         return;
     --Command::depth;
     if (commands.empty())
@@ -156,6 +168,7 @@ void History::clear()
         delete command;
     }
     Command::depth = 0;
+    openings.clear();
 }
 
 void History::discardRedoTail()
@@ -195,6 +208,8 @@ void History::step(Command* command, bool forward)
         command->redo();
     else
         command->undo();
+    // Any step may have restored or exchanged geometry.
+    Element::advanceUpdate();
 }
 
 } // namespace vel

@@ -32,6 +32,8 @@ public:
     bool active = true;
     std::deque<Command*> commands;
     std::vector<Command*> dropped; // left the list without destruction; freed by clear()
+    // One entry per superBegin not yet matched by a superEnd: whether it opened a group.
+    std::vector<bool> openings;
 
     // Switches `active` off for its own lifetime and restores the earlier value.
     class Pause {

@@ -32,8 +32,9 @@ void SuperCommand::redo()
     Command::redo();
 }
 
-// Groups of two, and empty groups, merge with any group of the same size without a look
-// inside; longer groups compare command by command, all but the last two.
+// Groups merge only when every command folds into its opposite number: two drags of the
+// same tools merge, two moves of different tools stay two steps. Empty groups hold nothing
+// that could differ.
 bool SuperCommand::isSame(Command* previous)
 {
     if (!previous->isSuper() || previous->type != type)
@@ -42,15 +43,13 @@ bool SuperCommand::isSame(Command* previous)
     size_t n = commands.size();
     if (other->commands.size() != n)
         return false;
-    if (n == 2 || n == 0)
-        return true;
-    bool all = true;
-    for (size_t i = 0; i + 2 < n; ++i) {
+    for (size_t i = 0; i < n; ++i) {
         commands[i]->mergeable = true;
+        other->commands[i]->mergeable = true;
         if (!commands[i]->coincides(other->commands[i]))
-            all = false;
+            return false;
     }
-    return all;
+    return true;
 }
 
 bool SuperCommand::isSuper()

@@ -53,13 +53,6 @@ protected:
     }
 };
 
-TEST_F(HistoryTest, BeginsEmptyWithNothingCurrent)
-{
-    EXPECT_TRUE(h().commands.empty());
-    EXPECT_EQ(h().currentIndex, -1);
-    EXPECT_EQ(h().current(), nullptr);
-}
-
 TEST_F(HistoryTest, PushWithRecordingOffDestroysTheCommandAtOnce)
 {
     h().active = false;
@@ -179,23 +172,63 @@ TEST_F(HistoryTest, TheStepPastCapacityPushesOutTheFirstWithoutDestroyingIt)
     EXPECT_TRUE(h().dropped.empty());
 }
 
-TEST_F(HistoryTest, APushIntoAnOpenGroupNeitherMovesCurrentNorSignals)
+TEST_F(HistoryTest, ALoweredCapacityTrimsTheOldestStepsAtTheNextPush)
 {
+    for (char c : std::string("abcde"))
+        probe(std::string(1, c));
+    h().capacity = 2;
+    probe("f");
+    EXPECT_EQ(h().commands.size(), 2u);
+    EXPECT_EQ(h().currentIndex, 1);
+    EXPECT_EQ(popFronts, 4);
+}
+
+TEST_F(HistoryTest, APushIntoAnOpenGroupNeitherMovesCurrentNorSignalsNorEvicts)
+{
+    h().capacity = 2;
+    probe("first");
     h().superBegin("group", false);
     EXPECT_EQ(Command::depth, 1);
     int before = updates;
     probe("a");
     probe("b");
-    EXPECT_EQ(h().currentIndex, 0);
+    EXPECT_EQ(h().currentIndex, 1);
     EXPECT_EQ(updates, before);
+    EXPECT_EQ(popFronts, 0);
     h().superEnd();
     EXPECT_EQ(Command::depth, 0);
-    ASSERT_EQ(h().commands.size(), 1u);
-    auto* group = static_cast<SuperCommand*>(h().commands[0]);
+    ASSERT_EQ(h().commands.size(), 2u);
+    auto* group = static_cast<SuperCommand*>(h().commands[1]);
     EXPECT_TRUE(group->isFinished());
     EXPECT_EQ(group->commands.size(), 2u);
     h().undo();
     EXPECT_EQ(journal, (Journal{"ub", "ua"}));
+}
+
+// Each superEnd closes what its own superBegin opened, whether recording is on at either.
+TEST_F(HistoryTest, GroupsCloseByPairsWhateverRecordingDoesInBetween)
+{
+    h().superBegin("outer", false);
+    h().active = false;
+    h().superBegin("ignored", false);
+    h().active = true;
+    h().superEnd(); // pairs with "ignored": the outer group stays open
+    probe("a");
+    h().active = false;
+    h().superEnd();
+    h().active = true;
+    EXPECT_EQ(Command::depth, 0);
+    ASSERT_EQ(h().commands.size(), 1u);
+    auto* outer = static_cast<SuperCommand*>(h().commands[0]);
+    EXPECT_TRUE(outer->isFinished());
+    EXPECT_EQ(outer->commands.size(), 1u);
+    probe("b");
+    EXPECT_EQ(h().commands.size(), 2u) << "nothing is left open to swallow the next step";
+    h().superBegin("cut short", false);
+    h().clear();
+    EXPECT_EQ(Command::depth, 0);
+    h().superEnd(); // unmatched after clear: nothing happens
+    EXPECT_EQ(Command::depth, 0);
 }
 
 TEST_F(HistoryTest, AnEmptyGroupStaysAsAStepUnlessMerged)

@@ -67,29 +67,24 @@ protected:
     }
 };
 
-TEST_F(SuperCommandMergeTest, GroupsOfTwoOrNoneMergeWithoutALookInside)
+// Groups merge only when every command folds into its opposite number, whatever the size.
+TEST_F(SuperCommandMergeTest, GroupsMergeWhenEveryCommandFoldsIntoItsOppositeNumber)
 {
-    std::unique_ptr<SuperCommand> a(group(2, false)), b(group(2, false));
-    EXPECT_TRUE(b->coincides(a.get()));
-    std::unique_ptr<SuperCommand> c(group(0, false)), d(group(0, false));
-    EXPECT_TRUE(d->coincides(c.get()));
-}
-
-TEST_F(SuperCommandMergeTest, GroupsOfDifferentSizeNeverMerge)
-{
-    std::unique_ptr<SuperCommand> a(group(2, true)), b(group(3, true));
-    EXPECT_FALSE(b->coincides(a.get()));
-}
-
-// The last two commands of a longer group are never compared.
-TEST_F(SuperCommandMergeTest, LongerGroupsCompareAllButTheirLastTwo)
-{
-    std::unique_ptr<SuperCommand> a(group(4, true)), b(group(4, true));
-    static_cast<Probe*>(b->commands[2])->same = false;
-    static_cast<Probe*>(b->commands[3])->same = false;
-    EXPECT_TRUE(b->coincides(a.get()));
-    static_cast<Probe*>(b->commands[1])->same = false;
-    EXPECT_FALSE(b->coincides(a.get()));
+    struct Case {
+        int older, newer;
+        int differing; // index of a command of the newer group that does not fold; -1 none
+        bool merges;
+    } cases[] = {
+        {0, 0, -1, true}, {1, 1, -1, true}, {1, 1, 0, false}, {2, 2, 1, false}, {2, 2, 0, false},
+        {3, 3, -1, true}, {3, 3, 2, false}, {4, 4, 3, false}, {2, 3, -1, false},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.older << " then " << c.newer << ", differing " << c.differing);
+        std::unique_ptr<SuperCommand> a(group(c.older, true)), b(group(c.newer, true));
+        if (c.differing >= 0)
+            static_cast<Probe*>(b->commands[size_t(c.differing)])->same = false;
+        EXPECT_EQ(b->coincides(a.get()), c.merges);
+    }
 }
 
 TEST_F(SuperCommandMergeTest, OnlyMergeableGroupsOfTheSameTypeMerge)

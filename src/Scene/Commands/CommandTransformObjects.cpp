@@ -17,6 +17,13 @@ void CommandTransformObjects::swap()
     exchange(pivots, &Tool::pivotMatrix);
 }
 
+// One drag on one selection: the older command keeps the matrices from before the drag, the
+// tools have the newest.
+bool CommandTransformObjects::isSame(Command* previous)
+{
+    return static_cast<CommandTransformObjects*>(previous)->targets == targets;
+}
+
 std::string CommandTransformObjects::name()
 {
     return "Transform Objects";

@@ -22,6 +22,8 @@ public:
     explicit CommandTransformObjects(std::vector<Tool*> const& targets);
 
     void swap() override;
+    // Merges a drag: same targets in the same order.
+    bool isSame(Command* previous) override;
     std::string name() override;
 };
 
