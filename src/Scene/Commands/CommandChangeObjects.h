@@ -16,8 +16,9 @@ namespace vel {
 
 class CommandChangeObjects : public Command {
 public:
-    std::vector<Tool*> targets;
+    std::vector<Tool*> targets; // each tool once
 
+    // Keeps the first of repeated tools.
     CommandChangeObjects(int type, std::vector<Tool*> const& targets);
 
     void undo() override;
