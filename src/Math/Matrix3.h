@@ -85,6 +85,12 @@ struct Matrix3 {
         return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) +
                m[2] * (m[3] * m[7] - m[4] * m[6]);
     }
+    // Whether inv gives a true inverse: a zero or non-finite determinant has none.
+    bool invertible() const
+    {
+        T d = determinant();
+        return d != 0 && std::isfinite(d);
+    }
 
     // ---- frames ---------------------------------------------------------------------------
     // Each returns a right-handed orthonormal frame, never NaN: a zero direction falls back
@@ -260,9 +266,9 @@ Vector3<T>& operator*=(Vector3<T>& v, Matrix3<T> const& m)
 template <class T>
 Matrix3<T> inv(Matrix3<T> const& a)
 {
-    T d = a.determinant();
-    if (d == 0 || !std::isfinite(d))
+    if (!a.invertible())
         return Matrix3<T>();
+    T d = a.determinant();
     T const* m = a.m;
     Matrix3<T> r(m[4] * m[8] - m[5] * m[7], m[2] * m[7] - m[1] * m[8], m[1] * m[5] - m[2] * m[4],
                  m[5] * m[6] - m[3] * m[8], m[0] * m[8] - m[2] * m[6], m[2] * m[3] - m[0] * m[5],

@@ -56,6 +56,11 @@ struct Matrix34 {
         m[11] = t.z;
     }
     T determinant() const { return linear().determinant(); }
+    // The translation too must be finite: inv of a non-finite placement is no inverse.
+    bool invertible() const
+    {
+        return linear().invertible() && std::isfinite(m[9]) && std::isfinite(m[10]) && std::isfinite(m[11]);
+    }
 
     // Apply this, then b.
     Matrix34 operator*(Matrix34 const& b) const

@@ -1,6 +1,7 @@
 #include "Scene/Tool.h"
 
 #include "Core/Assert.h"
+#include "Core/Communicate.h"
 #include "Scene/Commands/CommandObjectAddChild.h"
 #include "Scene/Commands/CommandObjectDelete.h"
 #include "Scene/Commands/CommandObjectLink.h"
@@ -12,6 +13,7 @@
 #include "Scene/SceneHistory.h"
 
 #include <cmath>
+#include <unordered_set>
 
 namespace vel {
 
@@ -37,9 +39,38 @@ void Tool::forRing(bool links, bool sameParent, Operation const& operation)
             operation(m);
 }
 
+namespace {
+
+// Ids of the live tools. Ids are never reused, so a stale pointer cannot pass for a live tool.
+std::unordered_set<int>& liveIds()
+{
+    static std::unordered_set<int> ids;
+    return ids;
+}
+
+// A placement that cannot be undone: inv would give the identity instead of an inverse.
+bool refused(Matrix34<double> const& M)
+{
+    if (M.invertible())
+        return false;
+    LogInfo("A singular or non-finite transformation was ignored", 1);
+    return true;
+}
+
+} // namespace
+
+bool Tool::Alive(int id)
+{
+    return liveIds().count(id) != 0;
+}
+
+// Not recorded while recording is off: the command would be destroyed at once, and with it
+// the tool it would own.
 void g_REGISTER_TOOL_CREATION(Tool* tool)
 {
     History& history = History::instance();
+    if (!history.recording())
+        return;
     history.superBegin("Register Tool Creation", false);
     history.push(new CommandRegisterToolCreation(tool));
     history.superEnd();
@@ -52,6 +83,7 @@ Tool::Tool(Unrecorded)
     : id(GlobalID++)
 {
     ++COUNT;
+    liveIds().insert(id);
 }
 
 Tool::Tool(Shared<Element> const& element, Matrix34<double> const& object, Matrix34<double> const& pivot,
@@ -63,6 +95,7 @@ Tool::Tool(Shared<Element> const& element, Matrix34<double> const& object, Matri
     , material(material)
 {
     ++COUNT;
+    liveIds().insert(id);
     g_REGISTER_TOOL_CREATION(this);
 }
 
@@ -77,6 +110,7 @@ Tool::~Tool()
     clearChildren();
     subFromParent();
     --COUNT;
+    liveIds().erase(id);
 }
 
 int Tool::ToolType() const
@@ -96,8 +130,12 @@ Tool* Tool::cloneTool2(bool)
 
 // ---- parents and children --------------------------------------------------------------
 
+// One step, so that no undo can stop half-way with the tool out of the tree and its
+// deletion taken back.
 void Tool::remove()
 {
+    History& history = History::instance();
+    history.superBegin("Object Delete", false);
     if (gResetStickySelection)
         gResetStickySelection(this);
     unlink(false);
@@ -105,7 +143,8 @@ void Tool::remove()
     while (!children.empty())
         children.back()->remove();
     // Last: with recording off this destroys the tool.
-    History::instance().push(new CommandObjectDelete(this));
+    history.push(new CommandObjectDelete(this));
+    history.superEnd();
 }
 
 void Tool::clearChildren()
@@ -493,6 +532,8 @@ Matrix34<double> Tool::element_transform() const
 
 void Tool::transformObject(Matrix34<double> const& M, bool links, bool sameParent)
 {
+    if (refused(M))
+        return;
     if (links)
         return forRing(links, sameParent, [&](Tool* t) { t->transformObject(M, false, false); });
     objectMatrix = objectMatrix * M;
@@ -500,6 +541,8 @@ void Tool::transformObject(Matrix34<double> const& M, bool links, bool sameParen
 
 void Tool::align(Matrix34<double> const& M, bool links, bool sameParent)
 {
+    if (refused(M))
+        return;
     if (links)
         return forRing(links, sameParent, [&](Tool* t) { t->align(M, false, false); });
     objectMatrix = objectMatrix * M;
@@ -507,6 +550,8 @@ void Tool::align(Matrix34<double> const& M, bool links, bool sameParent)
 
 void Tool::transformObjectPivot(Matrix34<double> const& M, bool links, bool sameParent)
 {
+    if (refused(M))
+        return;
     if (links)
         return forRing(links, sameParent, [&](Tool* t) { t->transformObjectPivot(M, false, false); });
     pivotMatrix = M * pivotMatrix;
@@ -514,6 +559,8 @@ void Tool::transformObjectPivot(Matrix34<double> const& M, bool links, bool same
 
 void Tool::transformPivot(Matrix34<double> const& M, bool links, bool sameParent)
 {
+    if (refused(M))
+        return;
     if (links)
         return forRing(links, sameParent, [&](Tool* t) { t->transformPivot(M, false, false); });
     objectMatrix = objectMatrix * inv(M);
@@ -522,6 +569,8 @@ void Tool::transformPivot(Matrix34<double> const& M, bool links, bool sameParent
 
 void Tool::transformElement(Matrix34<double> const& M, bool links, bool sameParent)
 {
+    if (refused(M))
+        return;
     if (links)
         return forRing(links, sameParent, [&](Tool* t) { t->transformElement(M, false, false); });
     Matrix34<double> back = inv(M);
@@ -840,6 +889,7 @@ Shader* Tool::renderShader(Element* e, TRenderState const& state)
 void Tool::setElement(Shared<Element> const& newElement)
 {
     element = newElement;
+    Element::advanceUpdate();
 }
 
 void Tool::clearSelection()

@@ -13,9 +13,10 @@
 //   transform, into the world (row vectors: `A *= B` applies A, then B).
 //
 // Ownership: a parent owns its children; a tool taken out by `remove` is owned by its
-// CommandObjectDelete until that command leaves the history; a tool whose creation has
-// been undone is owned by its CommandRegisterToolCreation. Every tree change is recorded
-// in History as it happens.
+// CommandObjectDelete until that command leaves the history; any other tool out of the tree
+// (its creation undone, or its placement undone and then cut off by a new step) is owned by
+// its CommandRegisterToolCreation. So every tool has an owner whatever is undone or pushed.
+// Every tree change is recorded in History as it happens; `remove` is one step of its own.
 //
 // The trailing pair of bools on transforming and changing operations: the first applies
 // the operation to the ring of links too, the second limits that to members with the same
@@ -113,6 +114,10 @@ public:
     Tool(Tool const&) = delete;
     Tool& operator=(Tool const&) = delete;
     ~Tool() override;
+
+    // Whether the tool that had `id` still exists: commands that may own a tool ask before
+    // they destroy it, since another owner may have come first.
+    static bool Alive(int id);
 
     virtual int ToolType() const;
     virtual Element* RenderElement() const;

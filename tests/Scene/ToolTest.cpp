@@ -28,29 +28,13 @@ using Kind = KindTool;
 
 // ---- construction --------------------------------------------------------------------
 
-TEST_F(TreeTest, ANewToolHasTheDefaultsAndIsALoneRing)
+TEST_F(TreeTest, ANewToolIsALoneRingWithTheNextId)
 {
     int before = Tool::COUNT;
     Tool* t = add(root);
     EXPECT_EQ(Tool::COUNT, before + 1);
-    EXPECT_EQ(t->flags, Tool::FLAG_VISIBLE);
     EXPECT_EQ(t->linkNext, t);
     EXPECT_EQ(t->linksCount(), 1);
-    EXPECT_EQ(t->clone, nullptr);
-    EXPECT_EQ(t->listIndex, -1);
-    EXPECT_EQ(t->record, 0.02);
-    EXPECT_FALSE(t->option0);
-    EXPECT_TRUE(t->option1);
-    EXPECT_EQ(t->rotationMultiplier, 1.0f);
-    EXPECT_EQ(t->speed, 1.0f);
-    EXPECT_EQ(t->delay, 0.0f);
-    EXPECT_TRUE(t->hasChanged());
-    EXPECT_EQ(t->settings[0], 15);
-    EXPECT_EQ(t->settings[1], 5);
-    EXPECT_EQ(t->settings[2], 5);
-    EXPECT_EQ(t->settings[3], 10);
-    EXPECT_EQ(t->rotationAxis, Vector3<float>());
-    EXPECT_EQ(t->material, Material());
     EXPECT_EQ(add(root)->id, t->id + 1);
 }
 
@@ -103,6 +87,9 @@ TEST_F(TreeTest, AChildTakesTheObjectStateOfItsParent)
     EXPECT_TRUE(child->isObject());
     Tool* top = add(root);
     EXPECT_FALSE(top->isObject()) << "the root is no object";
+    Tool* grandchild = add(add(top));
+    top->setObjectHierarchy(true);
+    EXPECT_TRUE(grandchild->isObject());
 }
 
 TEST_F(TreeTest, AddToParentWithAPivotSetsItAndUndoGivesTheOldOneBack)
@@ -135,14 +122,12 @@ TEST_F(TreeTest, SubFromParentKeepsThePositionForUndo)
     history().redo();
     EXPECT_EQ(root->children, (std::vector<Tool*>{a, c}));
     history().undo();
-}
-
-TEST_F(TreeTest, SubFromParentWithoutParentDoesNothing)
-{
-    Tool t;
-    size_t steps = history().commands.size();
-    EXPECT_EQ(t.subFromParent(), nullptr);
-    EXPECT_EQ(history().commands.size(), steps);
+    {
+        Tool t;
+        size_t steps = history().commands.size();
+        EXPECT_EQ(t.subFromParent(), nullptr);
+        EXPECT_EQ(history().commands.size(), steps);
+    }
 }
 
 TEST_F(TreeTest, SetChildOverwritesAPosition)
@@ -171,6 +156,7 @@ TEST_F(TreeTest, AnItemLeavesItsSlotUndoably)
     EXPECT_EQ(item->Parent, holder);
     history().redo();
     EXPECT_EQ(holder->item, nullptr);
+    EXPECT_EQ(item->Parent, nullptr);
     history().undo();
     // The slot is no child: take the item out without history before the holder goes.
     History::Pause pause;
@@ -284,12 +270,13 @@ TEST_F(TreeDeathTest, ACycleIsRefused)
     Tool* b = add(a);
     a->subFromParent();
     EXPECT_DEATH(a->addToParent(b), "its own ancestor");
+    EXPECT_DEATH(a->addToParent(a), "its own ancestor");
     root->addChild(a);
 }
 
 // ---- links ---------------------------------------------------------------------------
 
-TEST_F(TreeTest, LinkJoinsRingsAndUndoSplitsThem)
+TEST_F(TreeTest, LinkJoinsRingsOnceAndUndoSplitsThem)
 {
     Tool* a = add(root);
     Tool* b = add(root);
@@ -307,20 +294,14 @@ TEST_F(TreeTest, LinkJoinsRingsAndUndoSplitsThem)
     history().redo();
     history().redo();
     EXPECT_EQ(b->linksCount(), 3);
-}
-
-TEST_F(TreeTest, LinkingAMemberOfTheSameRingChangesNothing)
-{
-    Tool* a = add(root);
-    Tool* b = add(root);
-    a->link(b);
+    // Linking members of one ring changes nothing and records nothing.
     size_t steps = history().commands.size();
     Tool* next = a->linkNext;
-    b->link(a);
+    b->link(c);
     a->link(a);
     EXPECT_EQ(history().commands.size(), steps);
     EXPECT_EQ(a->linkNext, next);
-    EXPECT_EQ(a->linksCount(), 2);
+    EXPECT_EQ(a->linksCount(), 3);
 }
 
 TEST_F(TreeTest, UnlinkLeavesTheRestClosedAndUndoPutsTheToolBackInPlace)
@@ -341,20 +322,13 @@ TEST_F(TreeTest, UnlinkLeavesTheRestClosedAndUndoPutsTheToolBackInPlace)
     EXPECT_EQ(validate(root), std::vector<std::string>());
     history().undo();
     EXPECT_EQ(snapshot(root), before);
-}
-
-TEST_F(TreeTest, RecursiveUnlinkGoesThroughTheChildren)
-{
-    Tool* a = add(root);
-    Tool* b = add(a);
-    Tool* x = add(root);
-    Tool* y = add(root);
-    a->link(x);
-    b->link(y);
-    a->unlink(true);
-    EXPECT_FALSE(a->linked());
-    EXPECT_FALSE(b->linked());
-    EXPECT_FALSE(x->linked());
+    // A recursive unlink goes through the children.
+    Tool* child = add(t[1]);
+    child->link(t[3]);
+    t[1]->unlink(true);
+    EXPECT_FALSE(t[1]->linked());
+    EXPECT_FALSE(child->linked());
+    EXPECT_EQ(t[3]->linksCount(), 3);
 }
 
 TEST_F(TreeTest, RingQueriesListMembersByKind)
@@ -407,17 +381,15 @@ TEST_F(TreeTest, WorldTransformChainsFromLeafToRoot)
     M34 M = move(9, 9, 9);
     b->worldTransform(M, false);
     EXPECT_TRUE(near(V3() * M, V3(-8, 11, 12)));
-}
-
-TEST_F(TreeTest, TransformObjectCarriesTheChildren)
-{
-    Tool* a = add(root, move(1, 0, 0), move(0, 2, 0));
-    Tool* c = add(a, M34(), move(0, 0, 3));
-    EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 2, 3)));
-    a->transformObject(turn(V3(0, 0, 1), M_PI / 2), false, false);
-    EXPECT_TRUE(near(worldPoint(c, V3()), V3(0, 3, 3)));
-    a->align(move(5, 0, 0), false, false);
-    EXPECT_TRUE(near(worldPoint(c, V3()), V3(5, 3, 3)));
+    {
+        Tool* a = add(root, move(1, 0, 0), move(0, 2, 0));
+        Tool* c = add(a, M34(), move(0, 0, 3));
+        EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 2, 3)));
+        a->transformObject(turn(V3(0, 0, 1), M_PI / 2), false, false);
+        EXPECT_TRUE(near(worldPoint(c, V3()), V3(0, 3, 3)));
+        a->align(move(5, 0, 0), false, false);
+        EXPECT_TRUE(near(worldPoint(c, V3()), V3(5, 3, 3)));
+    }
 }
 
 TEST_F(TreeTest, TransformPivotMovesThePivotAndNotTheObject)
@@ -449,21 +421,53 @@ TEST_F(TreeTest, TransformElementMovesTheElementAndNotTheChildren)
     EXPECT_TRUE(near(worldPoint(c, V3(0.5, 0, 0)), child));
 }
 
-TEST_F(TreeTest, RingTransformsReachObjectTwinsOnly)
+// Every transforming operation reaches the ring's objects, with `sameParent` only those
+// under the same parent, and refuses a matrix without an inverse, leaving all in place.
+TEST_F(TreeTest, RingTransformsReachObjectTwinsAndRefuseSingularMatrices)
 {
-    Tool* group = add(root);
-    Tool* a = addObject(group);
-    Tool* twin = addObject(root);
-    Tool* plain = add(root);
-    a->link(twin);
-    a->link(plain);
-    a->transformObject(move(1, 0, 0), true, false);
-    EXPECT_EQ(a->objectMatrix, move(1, 0, 0));
-    EXPECT_EQ(twin->objectMatrix, move(1, 0, 0));
-    EXPECT_EQ(plain->objectMatrix, M34()) << "not an object";
-    a->transformObject(move(1, 0, 0), true, true);
-    EXPECT_EQ(a->objectMatrix, move(2, 0, 0));
-    EXPECT_EQ(twin->objectMatrix, move(1, 0, 0)) << "another parent";
+    using Op = void (Tool::*)(M34 const&, bool, bool);
+    struct Case {
+        const char* what;
+        Op op;
+        bool axis; // the tools have a rotation axis along the turn
+    } cases[] = {
+        {"object", &Tool::transformObject, false},
+        {"align", &Tool::align, false},
+        {"element", &Tool::transformElement, false},
+        {"pivot", &Tool::transformPivot, false},
+        {"object pivot", &Tool::transformObjectPivot, false},
+        {"free rotation", &Tool::constrainedRotateObject, false},
+        {"rotation about an axis", &Tool::constrainedRotateObject, true},
+        {"element rotation about an axis", &Tool::constrainedRotateElement, true},
+    };
+    M34 M = turn(V3(0, 0, 1), 0.5) * move(1, 2, 0);
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.what);
+        Tool* group = add(root);
+        Tool* a = addObject(group);
+        Tool* sibling = addObject(group);
+        Tool* twin = addObject(root);
+        Tool* plain = add(root);
+        for (Tool* t : {a, sibling, twin, plain})
+            t->rotationAxis = c.axis ? Vector3<float>(0, 0, 1) : Vector3<float>();
+        a->link(sibling);
+        a->link(twin);
+        a->link(plain);
+        auto placed = [](Tool* x, Tool* y) {
+            return near(x->objectMatrix, y->objectMatrix) && near(x->pivotMatrix, y->pivotMatrix);
+        };
+        (a->*c.op)(M, true, false);
+        EXPECT_FALSE(placed(a, plain));
+        EXPECT_TRUE(placed(twin, a));
+        EXPECT_TRUE(near(plain->objectMatrix, M34()) && near(plain->pivotMatrix, M34())) << "not an object";
+        (a->*c.op)(M, true, true);
+        EXPECT_TRUE(placed(sibling, a));
+        EXPECT_FALSE(placed(twin, a)) << "another parent";
+        auto before = snapshot(root);
+        for (M34 bad : {M34::Scale(0), M34::Scale(std::nan(""))})
+            (a->*c.op)(bad, true, false);
+        EXPECT_EQ(difference(snapshot(root), before), "");
+    }
 }
 
 TEST_F(TreeTest, ElementTransformPrecedesTheToolsOwn)
@@ -490,6 +494,14 @@ TEST_F(TreeTest, AFreeToolMovesFreelyAndAnAxisKeepsItsLength)
     b->translationAxis = Vector3<float>(0, 0, 2);
     b->constrainedMoveObject(move(1, 2, 3), false, false);
     EXPECT_EQ(b->objectMatrix, move(0, 0, 12)) << "t dot a times a, a not unit";
+    {
+        Tool* a = add(root);
+        Tool* c = add(a, M34(), move(1, 1, 1));
+        a->translationAxis = Vector3<float>(1, 0, 0);
+        a->constrainedMoveElement(move(3, 4, 5), false, false);
+        EXPECT_TRUE(near(worldPoint(a, V3()), V3(3, 0, 0)));
+        EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 1, 1)));
+    }
 }
 
 TEST_F(TreeTest, LinkedTwinsMoveByTheCubeRootOfTheirScaleRatio)
@@ -504,16 +516,6 @@ TEST_F(TreeTest, LinkedTwinsMoveByTheCubeRootOfTheirScaleRatio)
     EXPECT_TRUE(near(a->objectMatrix.translation(), V3(1, 0, 0)));
     EXPECT_TRUE(near(big->objectMatrix.translation(), V3(2, 0, 0)));
     EXPECT_TRUE(near(axial->objectMatrix.translation(), V3(0.5, 0.5, 0)));
-}
-
-TEST_F(TreeTest, ConstrainedElementMoveLeavesTheChildren)
-{
-    Tool* a = add(root);
-    Tool* c = add(a, M34(), move(1, 1, 1));
-    a->translationAxis = Vector3<float>(1, 0, 0);
-    a->constrainedMoveElement(move(3, 4, 5), false, false);
-    EXPECT_TRUE(near(worldPoint(a, V3()), V3(3, 0, 0)));
-    EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 1, 1)));
 }
 
 TEST_F(TreeTest, ARotationAxisKeepsOnlyTheTurnAboutIt)
@@ -618,7 +620,7 @@ TEST_F(TreeTest, CloneObjectBakesThePlacementIntoTheObjectMatrix)
     root->addChild(copy);
 }
 
-TEST_F(TreeTest, ACloneOfAHierarchyHasTheSameShapeAndPoints)
+TEST_F(TreeTest, ACloneOfAHierarchyHasTheSamePointsAndLinksAmongItsCopies)
 {
     Tool* g = add(root, move(1, 2, 3));
     Tool* a = add(g, turn(V3(0, 1, 0), 0.3), move(1, 0, 0));
@@ -635,24 +637,20 @@ TEST_F(TreeTest, ACloneOfAHierarchyHasTheSameShapeAndPoints)
     EXPECT_TRUE(a->linked(a2));
     EXPECT_FALSE(a->linked(b));
     EXPECT_EQ(validate(root), std::vector<std::string>());
-}
-
-// Two linked members of a copied group: the copies are linked to each other and to the
-// originals, all in one ring.
-TEST_F(TreeTest, LinksInsideACopiedGroupComeOutAmongTheCopies)
-{
-    Tool* g = add(root);
-    Tool* a = add(g);
-    Tool* b = add(g);
-    a->link(b);
-    Tool* copy = g->cloneTool(true);
-    root->addChild(copy);
-    Tool* a2 = copy->children[0];
-    Tool* b2 = copy->children[1];
-    EXPECT_TRUE(a2->linked(b2));
-    EXPECT_TRUE(a2->linked(a));
-    EXPECT_TRUE(b2->linked(b));
-    EXPECT_EQ(a->linksCount(), 4);
+    {
+        Tool* g = add(root);
+        Tool* a = add(g);
+        Tool* b = add(g);
+        a->link(b);
+        Tool* copy = g->cloneTool(true);
+        root->addChild(copy);
+        Tool* a2 = copy->children[0];
+        Tool* b2 = copy->children[1];
+        EXPECT_TRUE(a2->linked(b2));
+        EXPECT_TRUE(a2->linked(a));
+        EXPECT_TRUE(b2->linked(b));
+        EXPECT_EQ(a->linksCount(), 4);
+    }
 }
 
 // A clone in a group is one step; taken back and discarded, the copies are destroyed.
@@ -677,7 +675,7 @@ TEST_F(TreeTest, AnUndoneCloneIsDestroyedWhenItsStepIsDiscarded)
 
 // ---- listing and searching -----------------------------------------------------------
 
-TEST_F(TreeTest, ToListIsAPreOrderWalkThatSkipsTheRoot)
+TEST_F(TreeTest, ListingAndSearchingWalkTheSubtreeInPreOrder)
 {
     Tool* a = add(root);
     Tool* b = add(a);
@@ -694,52 +692,28 @@ TEST_F(TreeTest, ToListIsAPreOrderWalkThatSkipsTheRoot)
     EXPECT_EQ(map.size(), 5u);
     EXPECT_EQ(map[d->id], d);
     EXPECT_EQ(map.count(root->id), 0u);
-}
-
-TEST_F(TreeTest, InListSearchesTheSubtree)
-{
-    Tool* a = add(root);
-    Tool* b = add(a);
-    Tool* c = add(root);
-    bool found = false;
-    a->inList(b, found);
-    EXPECT_TRUE(found);
-    found = false;
-    a->inList(c, found);
-    EXPECT_FALSE(found);
-    root->inList(c, found);
-    EXPECT_TRUE(found);
-    found = false;
-    root->inList(root, found);
-    EXPECT_FALSE(found) << "the root is not listed";
-}
-
-TEST_F(TreeTest, ToElementsCollectsDistinctElements)
-{
+    struct Search {
+        Tool* in;
+        Tool* what;
+        bool found;
+    } searches[] = {{a, c, true}, {a, e, false}, {root, e, true}, {root, root, false}};
+    for (Search const& q : searches) {
+        bool found = false;
+        q.in->inList(q.what, found);
+        EXPECT_EQ(found, q.found);
+    }
+    EXPECT_EQ(a->Explode(), (std::deque<Tool*>{b, d})) << "a simple group";
     auto shared = makeElement();
-    root->addChild(new Tool(shared));
-    root->addChild(new Tool(shared));
-    root->children[1]->addChild(new Tool(makeElement()));
-    add(root);
+    b->setElement(shared);
+    d->setElement(shared);
+    c->setElement(makeElement());
     std::set<Element*> elements;
     root->toElements(elements);
     EXPECT_EQ(elements.size(), 2u);
-}
-
-TEST_F(TreeTest, ExplodeGivesTheChildrenOfASimpleGroupOnly)
-{
-    Tool* group = add(root);
-    Tool* a = add(group);
-    Tool* b = add(group);
-    EXPECT_EQ(group->Explode(), (std::deque<Tool*>{a, b}));
-    Tool* shape = new Tool(makeElement());
-    root->addChild(shape);
-    add(shape);
-    EXPECT_TRUE(shape->Explode().empty());
-    auto* kind = new Kind(3);
-    root->addChild(kind);
-    add(kind);
-    EXPECT_TRUE(kind->Explode().empty());
+    EXPECT_TRUE(b->Explode().empty()) << "a shape is no group";
+    Kind array(3);
+    array.addChild(new Tool);
+    EXPECT_TRUE(array.Explode().empty()) << "a composite is no simple group";
 }
 
 // ---- selection and changes over the ring ---------------------------------------------
@@ -813,41 +787,6 @@ TEST_F(TreeDeathTest, AnOrientationModeAboveThreeAsserts)
 
 // ---- kind queries, element queries, time ---------------------------------------------
 
-TEST_F(TreeTest, KindQueriesFollowTheKindNumber)
-{
-    struct Expect {
-        int type;
-        bool array, snake, ender, item, bi, root, bone, gear, rigid, constraint, simulated, sdf;
-    };
-    Expect table[] = {
-        {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, {3, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0},
-        {4, 1, 1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0}, {5, 1, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0},
-        {6, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0}, {7, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0},
-        {8, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0}, {9, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0},
-        {10, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 0}, {11, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0},
-        {12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1},
-    };
-    for (Expect const& e : table) {
-        Kind k(e.type);
-        SCOPED_TRACE(e.type);
-        EXPECT_EQ(k.isArray(), e.array);
-        EXPECT_EQ(k.isSnake(), e.snake);
-        EXPECT_EQ(k.isEnder(), e.ender);
-        EXPECT_EQ(k.hasItem(), e.item);
-        EXPECT_EQ(k.isBiTool(), e.bi);
-        EXPECT_EQ(k.isRoot(), e.root);
-        EXPECT_EQ(k.isBone(), e.bone);
-        EXPECT_EQ(k.isGear(), e.gear);
-        EXPECT_EQ(k.isRigidBody(), e.rigid);
-        EXPECT_EQ(k.isConstraint(), e.constraint);
-        EXPECT_EQ(k.isSimulated(), e.simulated);
-        EXPECT_EQ(k.isSDF(), e.sdf);
-        EXPECT_EQ(k.isSimple(), e.type == 0);
-        EXPECT_FALSE(k.isPrimitive());
-        EXPECT_FALSE(k.isActiveRigidBody());
-    }
-}
-
 TEST_F(TreeTest, GroupsSimplexesAndCurvesAreToldByElementAndChildren)
 {
     Tool group;
@@ -859,6 +798,10 @@ TEST_F(TreeTest, GroupsSimplexesAndCurvesAreToldByElementAndChildren)
     EXPECT_EQ(group.RenderElement(), nullptr);
     Tool mesh(makeElement(1));
     EXPECT_TRUE(mesh.isSimplex());
+    Tool* parent = new Tool(makeElement(1));
+    root->addChild(parent);
+    add(parent);
+    EXPECT_FALSE(parent->isSimplex()) << "a simplex has no children";
     EXPECT_FALSE(mesh.isCurve());
     EXPECT_FALSE(mesh.isSimpleGroup());
     for (int type : {5, 7}) {

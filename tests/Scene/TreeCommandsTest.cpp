@@ -13,38 +13,10 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <functional>
 
 namespace vel::test {
 namespace {
-
-TEST_F(TreeTest, TreeCommandsHaveTheirNamesAndTypeNumbers)
-{
-    Tool* a = add(root);
-    Tool* b = add(root);
-    std::vector<std::unique_ptr<Command>> commands;
-    commands.emplace_back(new CommandObjectAddChild(root, a, 0));
-    commands.emplace_back(new CommandObjectSubChild(root, a, 0));
-    commands.emplace_back(new CommandObjectSetItem(root, a));
-    commands.emplace_back(new CommandObjectRemItem(root, a));
-    commands.emplace_back(new CommandObjectSetPivot(a, Matrix34<double>()));
-    commands.emplace_back(new CommandObjectLink(a, b));
-    commands.emplace_back(new CommandObjectUnlink(a, b));
-    commands.emplace_back(new CommandObjectDelete(a));
-    commands.emplace_back(new CommandRegisterToolCreation(a));
-    std::vector<std::string> names;
-    std::vector<int> types;
-    for (auto& c : commands) {
-        names.push_back(c->name());
-        types.push_back(c->type);
-    }
-    EXPECT_EQ(names, (std::vector<std::string>{"Add Child", "Sub Child", "Set Item", "Rem Item", "Set Pivot",
-                                               "Link Objects", "Unlink Object", "Object Delete",
-                                               "Register Tool Creation"}));
-    EXPECT_EQ(types, (std::vector<int>{11, 12, 14, 15, 16, 18, 19, 22, 2}));
-    // Neither owns its tool in these states: done for the creation, undone for the deletion.
-    commands[7]->done = false;
-}
 
 TEST_F(TreeTest, SetItemPlacesTheItemWithTheCompositesObjectState)
 {
@@ -61,6 +33,7 @@ TEST_F(TreeTest, SetItemPlacesTheItemWithTheCompositesObjectState)
     command.undo();
     EXPECT_EQ(holder->item, nullptr);
     EXPECT_EQ(item->Parent, nullptr);
+    EXPECT_FALSE(item->isObject()) << "the item's own object state comes back";
     EXPECT_FALSE(command.done);
     delete item;
 }
@@ -76,12 +49,12 @@ TEST_F(TreeTest, SetPivotExchangesTheHeldMatrix)
     EXPECT_EQ(command.pivot, Matrix34<double>::Scale(3));
 }
 
-// Delete, undo, push: the tail goes with the command undone, and the tool stays.
+// Delete, undo, push: the tail goes with the command undone, and the tool stays; a removal
+// is one step, so one undo takes all of it back.
 TEST_F(TreeTest, AnUndoneDeletionDiscardedLeavesTheToolInTheTree)
 {
     Tool* a = add(root);
     a->remove();
-    history().undo();
     history().undo();
     ASSERT_EQ(a->Parent, root);
     int count = Tool::COUNT;
@@ -118,6 +91,30 @@ TEST_F(TreeTest, AnUndoneCreationDiscardedDestroysTheTool)
     EXPECT_EQ(Tool::COUNT, count + 1);
     history().cleanup();
     EXPECT_EQ(Tool::COUNT, count);
+}
+
+// Outside any group, creating and placing a tool are two steps. With the placement undone
+// and cut off by a new step, the tool is out of the tree and its creation still owns it.
+TEST_F(TreeTest, NoUndoAndPushLeavesAToolWithoutOwner)
+{
+    std::function<void()> scenarios[] = {
+        [&] { root->addChild(new Tool); },
+        [&] { add(root)->addChild(new Tool); },
+        [&] {
+            Tool* t = new Tool;
+            t->addChild(new Tool);
+            root->addChild(t);
+        },
+    };
+    for (auto const& scenario : scenarios) {
+        scenario();
+        history().undo();
+        add(root); // cuts the undone placement off
+        history().clear();
+        delete root;
+        EXPECT_EQ(Tool::COUNT, 0);
+        root = new Root;
+    }
 }
 
 // A step pushed out for the budget keeps what it owns until the history is cleared.

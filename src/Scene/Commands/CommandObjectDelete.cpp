@@ -7,12 +7,13 @@ namespace vel {
 CommandObjectDelete::CommandObjectDelete(Tool* tool)
     : Command(TYPE)
     , tool(tool)
+    , toolId(tool->id)
 {
 }
 
 CommandObjectDelete::~CommandObjectDelete()
 {
-    if (done)
+    if (done && Tool::Alive(toolId))
         delete tool;
 }
 

@@ -16,6 +16,7 @@ public:
     static constexpr int TYPE = 22;
 
     Tool* tool;
+    int toolId; // to tell whether the tool still lives when this command goes
 
     explicit CommandObjectDelete(Tool* tool);
     ~CommandObjectDelete() override;

@@ -2,7 +2,8 @@
 //
 // Once undone the creation is taken back and the tool, out of the tree by then, is this
 // command's: destroyed with it, since it can no longer be redone. While done the tool
-// belongs to the tree (or to whoever made it).
+// belongs to the tree, except when its placement was undone and cut off: then it is out of
+// the tree with no step left to bring it back, and this command destroys it too.
 #pragma once
 
 #include "Scene/Command.h"
@@ -16,6 +17,7 @@ public:
     static constexpr int TYPE = 2;
 
     Tool* tool;
+    int toolId; // to tell whether the tool still lives when this command goes
 
     explicit CommandRegisterToolCreation(Tool* tool);
     ~CommandRegisterToolCreation() override;
