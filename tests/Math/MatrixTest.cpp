@@ -40,6 +40,18 @@ TEST(MatrixConvention, PointGoesThroughTheLeftFactorFirst)
     EXPECT_TRUE(Near(V(0, 0, 0) * chain, V(0, 1, 0)));
     // The other order gives another point: rotation of the origin, then the translation.
     EXPECT_TRUE(Near(V(0, 0, 0) * (R * T), V(1, 0, 0)));
+    // Rotations about different axes do not commute: a product is its factors applied to
+    // the point one after the other, the left one first.
+    M34 X(M3::RotationAroundUnitAxis(V(1, 0, 0), 1.0, 0.0), V(0, 0, 2));
+    V p(1, 2, 3);
+    EXPECT_TRUE(Near(p * (X * R), (p * X) * R));
+    EXPECT_FALSE(Near(p * (R * X), (p * X) * R));
+    std::mt19937 rng(7);
+    for (int i = 0; i < 20; ++i) {
+        M34 A = RandomAffine(rng), B = RandomAffine(rng);
+        V q = RandomVector(rng);
+        EXPECT_TRUE(Near(q * (A * B), (q * A) * B, 1e-9));
+    }
 }
 
 TEST(MatrixConvention, RowFormulaOfTheAffineTransform)

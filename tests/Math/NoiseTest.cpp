@@ -54,10 +54,21 @@ TEST(NoiseTest, FractalNoiseDependsOnSeedAndOctaves)
     float a = Noise::noise2(0.37f, 0.81f, 1, 2.0f, 0.5f, 4);
     EXPECT_EQ(a, Noise::noise2(0.37f, 0.81f, 1, 2.0f, 0.5f, 4));
     EXPECT_NE(a, Noise::noise2(0.37f, 0.81f, 2, 2.0f, 0.5f, 4));
-    // One octave is plain noise at the offset of the seed's table entries.
-    float one = Noise::noise2(0.37f, 0.81f, 5, 2.0f, 0.5f, 1);
-    EXPECT_FLOAT_EQ(one, Noise::noise(0.37f + float(Noise::p[5]), 0.81f + float(Noise::p[6])));
     EXPECT_EQ(Noise::noise2(0.37f, 0.81f, 5, 2.0f, 0.5f, 0), 0.0f);
+    // Two octaves: the second at `lacunarity` times the frequency and `gain` times the
+    // amplitude; octave i is offset by the table entries at seed + i and octaves + seed + i.
+    struct Case {
+        int seed;
+        float lacunarity, gain;
+    } cases[] = {{5, 2.0f, 0.5f}, {40, 3.0f, -0.7f}, {254, 0.5f, 2.0f}};
+    float x = 0.37f, y = 0.81f;
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.seed);
+        auto at = [](int i) { return float(Noise::p[i & 255]); };
+        float first = Noise::noise(x + at(c.seed), y + at(c.seed + 2));
+        float second = Noise::noise(x * c.lacunarity + at(c.seed + 1), y * c.lacunarity + at(c.seed + 3));
+        EXPECT_NEAR(Noise::noise2(x, y, c.seed, c.lacunarity, c.gain, 2), first + c.gain * second, 1e-5);
+    }
 }
 
 TEST(NoiseTest, FourierProfileIsPeriodicWithDecayingTerms)

@@ -50,6 +50,11 @@ TEST(PbrTest, NormalizedOneClampsTo8191)
     EXPECT_EQ(p.color(1), 0);
     EXPECT_EQ(p.color(2), 8191);
     EXPECT_EQ(p.color(3), 2048);
+    p.set_light_thick({0.5f, 0.25f, 1.0f, 0.125f}, true);
+    EXPECT_EQ(p.light(0), 4096);
+    EXPECT_EQ(p.light(1), 2048);
+    EXPECT_EQ(p.light(2), 8191);
+    EXPECT_EQ(p.light(3), 1024);
     p.set_light_thick({100000.0f, -1.0f, 12.0f, 0.0f}, false);
     EXPECT_EQ(p.light(0), 8191);
     EXPECT_EQ(p.light(1), 0);

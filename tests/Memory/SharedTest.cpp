@@ -62,19 +62,12 @@ TEST_F(SharedTest, WeakHandleNeverDeletes)
     delete raw;
 }
 
-TEST_F(SharedTest, SelfAssignmentKeepsTheObject)
+TEST_F(SharedTest, AssignmentReleasesTheOldValueAndSurvivesItself)
 {
-    Shared<Counted> a(new Counted);
+    Shared<Counted> a(new Counted), b(new Counted);
     Shared<Counted>& alias = a;
     a = alias;
     EXPECT_EQ(a.useCount(), 1);
-    EXPECT_EQ(Counted::alive, 1);
-}
-
-TEST_F(SharedTest, AssignmentReleasesTheOldValue)
-{
-    Shared<Counted> a(new Counted), b(new Counted);
-    EXPECT_EQ(Counted::alive, 2);
     a = b;
     EXPECT_EQ(Counted::alive, 1);
     EXPECT_EQ(b.useCount(), 2);
@@ -82,16 +75,17 @@ TEST_F(SharedTest, AssignmentReleasesTheOldValue)
 
 TEST_F(SharedTest, AssigningAHandleItsOwnLastOwnerIsSafe)
 {
-    // The only owner of `inner` lives inside the object that the assignment releases.
+    // The target is the holder's only owner, and the holder the only other owner of
+    // `inner`: releasing first would free `inner` before it is taken.
     struct Holder : Counted {
         Shared<Counted> inner;
     };
-    Shared<Holder> holder(new Holder);
+    auto* holder = new Holder;
     holder->inner = Shared<Counted>(new Counted);
     Shared<Counted> target(holder);
-    target = holder->inner; // must take the reference before releasing the holder
-    holder.release();
+    target = holder->inner;
     EXPECT_EQ(Counted::alive, 1);
+    EXPECT_EQ(target.useCount(), 1);
 }
 
 TEST_F(SharedTest, DerivedToBaseSharesTheCounterAndDeletesVirtually)

@@ -7,20 +7,6 @@
 namespace vel::test {
 namespace {
 
-TEST(CommandTest, StartsDoneWithAFreshIdAndTheDefaults)
-{
-    std::vector<std::string> journal;
-    Probe a(&journal, "a");
-    Probe b(&journal, "b");
-    EXPECT_TRUE(a.done);
-    EXPECT_FALSE(a.mergeable);
-    EXPECT_EQ(b.id, a.id + 1);
-    EXPECT_EQ(a.size(), 0);
-    EXPECT_EQ(a.name(), "Command");
-    EXPECT_FALSE(a.isSuper());
-    EXPECT_TRUE(a.isFinished());
-}
-
 TEST(CommandTest, UndoAndRedoMoveTheDoneFlag)
 {
     std::vector<std::string> journal;
@@ -35,21 +21,22 @@ TEST(CommandTest, UndoAndRedoMoveTheDoneFlag)
 // Both must be mergeable and of one type before isSame is asked at all.
 TEST(CommandTest, CoincidesAsksIsSameOnlyForTwoMergeableCommandsOfOneType)
 {
+    struct Case {
+        bool newerMergeable, olderMergeable, sameType, same, coincides;
+    } cases[] = {
+        {false, true, true, true, false}, {true, false, true, true, false}, {true, true, false, true, false},
+        {true, true, true, false, false}, {true, true, true, true, true},
+    };
     std::vector<std::string> journal;
-    Probe newer(&journal, "n");
-    Probe older(&journal, "o");
-    Probe other(&journal, "x", Probe::TYPE + 1);
-    newer.same = true;
-    EXPECT_FALSE(newer.coincides(&older)) << "neither is mergeable";
-    newer.mergeable = true;
-    EXPECT_FALSE(newer.coincides(&older)) << "the older one is not mergeable";
-    older.mergeable = true;
-    other.mergeable = true;
-    EXPECT_TRUE(newer.coincides(&older));
-    EXPECT_FALSE(newer.coincides(&other)) << "types differ";
-    EXPECT_FALSE(newer.coincides(nullptr));
-    newer.same = false;
-    EXPECT_FALSE(newer.coincides(&older));
+    for (Case const& c : cases) {
+        Probe newer(&journal, "n");
+        Probe older(&journal, "o", c.sameType ? Probe::TYPE : Probe::TYPE + 1);
+        newer.mergeable = c.newerMergeable;
+        older.mergeable = c.olderMergeable;
+        newer.same = c.same;
+        EXPECT_EQ(newer.coincides(&older), c.coincides);
+        EXPECT_FALSE(newer.coincides(nullptr));
+    }
 }
 
 } // namespace

@@ -161,6 +161,33 @@ TEST_F(ToolListTest, MaterialStylesSortTransparentEntriesApartAtTheAlphaThreshol
     (void)opaque;
 }
 
+// Outside the material styles the pieces are keyed by the shader of a depth draw in the
+// depth style, and of a plain draw in any other.
+TEST_F(ToolListTest, TheDepthStyleKeysPiecesByTheDepthShader)
+{
+    struct ByKind : TestElement {
+        Shader* depth;
+        explicit ByKind(Shader* depth)
+            : depth(depth)
+        {
+        }
+        Shader* renderShader(TRenderState const& state) const override
+        {
+            return state.kind == rtDEPTH ? depth : shader;
+        }
+    };
+    auto* e = new ByKind(&curveShader);
+    e->shader = &meshShader;
+    add(root, Shared<Element>(e), true);
+    list.append(root, false);
+    for (int style : {rtDEPTH, 4}) {
+        Rendering::instance().style = style;
+        list.sort(true, true, true);
+        Shader* expected = style == rtDEPTH ? &curveShader : &meshShader;
+        EXPECT_EQ(list.sorted[ToolList::DRAW_OPAQUE].count(expected), 1u) << "style " << style;
+    }
+}
+
 TEST_F(ToolListTest, SortLeavesOutWhatIsNotDrawnAndKeysPiecesByShader)
 {
     add(root, element(), true);                         // 0 drawn
