@@ -13,7 +13,6 @@
 #include "Scene/SceneHistory.h"
 
 #include <cmath>
-#include <unordered_set>
 
 namespace vel {
 
@@ -41,10 +40,11 @@ void Tool::forRing(bool links, bool sameParent, Operation const& operation)
 
 namespace {
 
-// Ids of the live tools. Ids are never reused, so a stale pointer cannot pass for a live tool.
-std::unordered_set<int>& liveIds()
+// Ids of the live tools, each with its abandoned mark. Ids are never reused, so a stale
+// pointer cannot pass for a live tool.
+std::unordered_map<int, bool>& liveIds()
 {
-    static std::unordered_set<int> ids;
+    static std::unordered_map<int, bool> ids;
     return ids;
 }
 
@@ -62,6 +62,19 @@ bool refused(Matrix34<double> const& M)
 bool Tool::Alive(int id)
 {
     return liveIds().count(id) != 0;
+}
+
+void Tool::Abandon(int id)
+{
+    auto found = liveIds().find(id);
+    if (found != liveIds().end())
+        found->second = true;
+}
+
+bool Tool::Abandoned(int id)
+{
+    auto found = liveIds().find(id);
+    return found != liveIds().end() && found->second;
 }
 
 // Not recorded while recording is off: the command would be destroyed at once, and with it
@@ -83,7 +96,7 @@ Tool::Tool(Unrecorded)
     : id(GlobalID++)
 {
     ++COUNT;
-    liveIds().insert(id);
+    liveIds().emplace(id, false);
 }
 
 Tool::Tool(Shared<Element> const& element, Matrix34<double> const& object, Matrix34<double> const& pivot,
@@ -95,7 +108,7 @@ Tool::Tool(Shared<Element> const& element, Matrix34<double> const& object, Matri
     , material(material)
 {
     ++COUNT;
-    liveIds().insert(id);
+    liveIds().emplace(id, false);
     g_REGISTER_TOOL_CREATION(this);
 }
 

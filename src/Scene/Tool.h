@@ -13,9 +13,9 @@
 //   transform, into the world (row vectors: `A *= B` applies A, then B).
 //
 // Ownership: a parent owns its children; a tool taken out by `remove` is owned by its
-// CommandObjectDelete until that command leaves the history; any other tool out of the tree
-// (its creation undone, or its placement undone and then cut off by a new step) is owned by
-// its CommandRegisterToolCreation. So every tool has an owner whatever is undone or pushed.
+// CommandObjectDelete until that command leaves the history; a tool whose creation is
+// undone, or whose placement is undone and then cut off by a new step, is owned by its
+// CommandRegisterToolCreation; a tool kept out of the tree on purpose by its maker.
 // Every tree change is recorded in History as it happens; `remove` is one step of its own.
 //
 // The trailing pair of bools on transforming and changing operations: the first applies
@@ -118,6 +118,11 @@ public:
     // Whether the tool that had `id` still exists: commands that may own a tool ask before
     // they destroy it, since another owner may have come first.
     static bool Alive(int id);
+    // Marks a live tool out of the tree whose placement was undone and cut off from the
+    // history: unless it is placed again, its creation command destroys it. Tools kept
+    // out of the tree on purpose (tool boxes, the drawing tool) are never marked.
+    static void Abandon(int id);
+    static bool Abandoned(int id);
 
     virtual int ToolType() const;
     virtual Element* RenderElement() const;

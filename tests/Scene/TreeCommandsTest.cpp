@@ -94,9 +94,11 @@ TEST_F(TreeTest, AnUndoneCreationDiscardedDestroysTheTool)
 }
 
 // Outside any group, creating and placing a tool are two steps. With the placement undone
-// and cut off by a new step, the tool is out of the tree and its creation still owns it.
+// and cut off by a new step, the tool is out of the tree and its creation still owns it;
+// a tool its maker keeps out of the tree is the maker's.
 TEST_F(TreeTest, NoUndoAndPushLeavesAToolWithoutOwner)
 {
+    Tool* kept = new Tool;
     std::function<void()> scenarios[] = {
         [&] { root->addChild(new Tool); },
         [&] { add(root)->addChild(new Tool); },
@@ -112,9 +114,10 @@ TEST_F(TreeTest, NoUndoAndPushLeavesAToolWithoutOwner)
         add(root); // cuts the undone placement off
         history().clear();
         delete root;
-        EXPECT_EQ(Tool::COUNT, 0);
+        EXPECT_EQ(Tool::COUNT, 1);
         root = new Root;
     }
+    delete kept;
 }
 
 // A step pushed out for the budget keeps what it owns until the history is cleared.

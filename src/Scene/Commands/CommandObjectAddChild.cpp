@@ -11,7 +11,14 @@ CommandObjectAddChild::CommandObjectAddChild(Tool* parent, Tool* child, int posi
     , child(child)
     , position(position)
     , wasObject(child->isObject())
+    , childId(child->id)
 {
+}
+
+CommandObjectAddChild::~CommandObjectAddChild()
+{
+    if (!done && Tool::Alive(childId) && !child->Parent)
+        Tool::Abandon(childId);
 }
 
 void CommandObjectAddChild::undo()

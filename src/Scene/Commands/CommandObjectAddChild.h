@@ -15,8 +15,11 @@ public:
     Tool* child;
     int position;   // where the child was appended
     bool wasObject; // the child's object state before it joined
+    int childId;    // to tell whether the child still lives when this command goes
 
     CommandObjectAddChild(Tool* parent, Tool* child, int position);
+    // Undone and gone, it leaves the child out of the tree for good: abandoned.
+    ~CommandObjectAddChild() override;
 
     // Takes the child out again, clears its Parent and gives back its object state, so
     // that a redo finds everything as the first time.

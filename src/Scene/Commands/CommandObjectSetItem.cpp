@@ -9,7 +9,14 @@ CommandObjectSetItem::CommandObjectSetItem(Tool* composite, Tool* item)
     , composite(composite)
     , item(item)
     , wasObject(item->isObject())
+    , itemId(item->id)
 {
+}
+
+CommandObjectSetItem::~CommandObjectSetItem()
+{
+    if (!done && Tool::Alive(itemId) && !item->Parent)
+        Tool::Abandon(itemId);
 }
 
 void CommandObjectSetItem::undo()

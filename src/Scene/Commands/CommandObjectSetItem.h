@@ -14,8 +14,11 @@ public:
     Tool* composite;
     Tool* item;
     bool wasObject; // the item's object state before it was placed
+    int itemId;     // to tell whether the item still lives when this command goes
 
     CommandObjectSetItem(Tool* composite, Tool* item);
+    // Undone and gone, it leaves the item out of the tree for good: abandoned.
+    ~CommandObjectSetItem() override;
 
     // Empties the slot, clears the item's Parent and gives back its object state.
     void undo() override;

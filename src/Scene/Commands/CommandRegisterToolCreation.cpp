@@ -12,13 +12,13 @@ CommandRegisterToolCreation::CommandRegisterToolCreation(Tool* tool)
 }
 
 // Every command that refers to the tool is newer than this one and is gone by now, unless
-// the whole history is being cleared; so a tool out of the tree has no other way back.
-// A removed tool's CommandObjectDelete, newer, has destroyed it already.
+// the whole history is being cleared; so an abandoned tool has no other way back. A removed
+// tool's CommandObjectDelete, newer, has destroyed it already.
 CommandRegisterToolCreation::~CommandRegisterToolCreation()
 {
     if (!Tool::Alive(toolId))
         return;
-    if (!done || (!tool->Parent && !tool->isRoot()))
+    if (!done || (Tool::Abandoned(toolId) && !tool->Parent))
         delete tool;
 }
 

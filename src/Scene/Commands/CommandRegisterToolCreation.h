@@ -2,8 +2,8 @@
 //
 // Once undone the creation is taken back and the tool, out of the tree by then, is this
 // command's: destroyed with it, since it can no longer be redone. While done the tool
-// belongs to the tree, except when its placement was undone and cut off: then it is out of
-// the tree with no step left to bring it back, and this command destroys it too.
+// belongs to the tree or to its maker, except when its placement was undone and cut off
+// (Tool::Abandoned): then no step is left to bring it back, and this command destroys it.
 #pragma once
 
 #include "Scene/Command.h"
