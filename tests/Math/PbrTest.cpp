@@ -15,12 +15,6 @@ TEST(PbrTest, DefaultBytesAndReadings)
     EXPECT_EQ(p.w[1], 0xFFF80020u);
     EXPECT_EQ(p.w[2], 0xFFF80000u);
     EXPECT_EQ(p.w[3], 0xFFF80000u);
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(p.color(i), 8191);
-        EXPECT_EQ(p.light(i), 0);
-    }
-    EXPECT_EQ(p.rough(), 2048);
-    EXPECT_EQ(p.metal(), 2048);
     fPbr signedReading(p, true);
     EXPECT_EQ(signedReading.rough, 0.0f);
     EXPECT_EQ(signedReading.metal, 0.0f);
@@ -140,13 +134,9 @@ TEST(PbrTest, FPbrRoundTripsEveryPackedValue)
     EXPECT_EQ(Pbr(fPbr(p, false), false), p);
 }
 
-TEST(MaterialTest, DefaultsAndMaskedCopy)
+TEST(MaterialTest, MaskedCopyTakesTheSelectedPartsAndFlagBits)
 {
     Material m;
-    EXPECT_EQ(m.flags, 1856);
-    EXPECT_EQ(m.flags, 64 | 0x100 | 0x200 | 0x400);
-    EXPECT_EQ(m.scalar, 1.0f);
-    EXPECT_EQ(m.pbr, Pbr());
 
     Material other;
     other.flags = 0x800 | 128 | 0x4000;

@@ -53,58 +53,41 @@ protected:
     }
 };
 
-TEST_F(HistoryTest, PushWithRecordingOffDestroysTheCommandAtOnce)
+// With either switch off a push destroys the command, and undo and redo do nothing.
+TEST_F(HistoryTest, NothingIsRecordedOrSteppedWhileRecordingIsOff)
 {
-    h().active = false;
     probe("a");
-    EXPECT_TRUE(destroyed("a"));
-    h().active = true;
-    h().enabled = false;
-    probe("b");
-    EXPECT_TRUE(destroyed("b"));
-    EXPECT_TRUE(h().commands.empty());
-    EXPECT_EQ(updates, 0);
+    for (bool* off : {&h().active, &h().enabled}) {
+        *off = false;
+        probe("b");
+        EXPECT_TRUE(destroyed("b"));
+        h().undo();
+        EXPECT_EQ(h().currentIndex, 0);
+        *off = true;
+        journal.clear();
+    }
+    EXPECT_EQ(h().commands.size(), 1u);
+    EXPECT_EQ(updates, 1);
 }
 
-TEST_F(HistoryTest, PushAppendsMakesTheCommandCurrentAndSignals)
+TEST_F(HistoryTest, PushAppendsAndUndoAndRedoStepWithinTheEnds)
 {
     Probe* a = probe("a");
     Probe* b = probe("b");
-    EXPECT_EQ(h().commands.size(), 2u);
-    EXPECT_EQ(h().currentIndex, 1);
     EXPECT_EQ(h().current(), b);
     EXPECT_EQ(h().commands[0], a);
     EXPECT_EQ(updates, 2);
-}
-
-TEST_F(HistoryTest, UndoAndRedoStepAndDoNothingPastTheEnds)
-{
-    probe("a");
-    probe("b");
     h().redo();
     h().undo();
     h().undo();
     h().undo();
     EXPECT_EQ(h().currentIndex, -1);
+    EXPECT_EQ(h().current(), nullptr);
     h().redo();
     h().redo();
     h().redo();
     EXPECT_EQ(h().currentIndex, 1);
     EXPECT_EQ(journal, (Journal{"ub", "ua", "ra", "rb"}));
-}
-
-TEST_F(HistoryTest, UndoAndRedoDoNothingWhileRecordingIsOff)
-{
-    probe("a");
-    h().active = false;
-    h().undo();
-    EXPECT_EQ(h().currentIndex, 0);
-    h().active = true;
-    h().undo();
-    h().enabled = false;
-    h().redo();
-    EXPECT_EQ(h().currentIndex, -1);
-    EXPECT_EQ(journal, (Journal{"ua"}));
 }
 
 TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailNewestFirst)
@@ -290,29 +273,28 @@ TEST_F(HistoryTest, JumpToClampsAndWalksBothWays)
     EXPECT_EQ(journal, (Journal{"ud", "uc"}));
 }
 
-TEST_F(HistoryTest, PopDestroysTheNewestAndKeepsCurrentInRange)
+TEST_F(HistoryTest, PopCleanupAndClearDestroyNewestFirstAndKeepCurrentInRange)
 {
     EXPECT_FALSE(h().pop());
     probe("a");
     probe("b");
+    probe("c");
     EXPECT_TRUE(h().pop());
-    EXPECT_TRUE(destroyed("b"));
-    EXPECT_EQ(h().currentIndex, 0);
-    EXPECT_EQ(pops, 1);
+    EXPECT_EQ(h().currentIndex, 1);
+    h().undo();
+    h().cleanup(); // the redo tail only
+    EXPECT_EQ(journal, (Journal{"~c", "ub", "~b"}));
+    EXPECT_EQ(pops, 2);
     h().undo();
     EXPECT_TRUE(h().pop());
     EXPECT_EQ(h().currentIndex, -1);
-}
-
-TEST_F(HistoryTest, CleanupDestroysOnlyTheRedoTail)
-{
-    probe("a");
-    probe("b");
-    h().undo();
-    h().cleanup();
-    EXPECT_TRUE(destroyed("b"));
-    EXPECT_FALSE(destroyed("a"));
-    EXPECT_EQ(h().commands.size(), 1u);
+    probe("d");
+    probe("e");
+    journal.clear();
+    h().clear();
+    EXPECT_EQ(journal, (Journal{"~e", "~d"}));
+    EXPECT_EQ(pops, 5);
+    EXPECT_EQ(h().currentIndex, -1);
 }
 
 // Code that needs a temporary change groups it, undoes it and drops the step.
@@ -327,16 +309,6 @@ TEST_F(HistoryTest, ATemporaryChangeIsTakenBackWithoutATrace)
     EXPECT_EQ(h().commands.size(), 1u);
     EXPECT_EQ(h().currentIndex, 0);
     EXPECT_EQ(journal, (Journal{"ut", "~t"}));
-}
-
-TEST_F(HistoryTest, ClearDestroysEverythingNewestFirstAndSignalsEachEntry)
-{
-    probe("a");
-    probe("b");
-    h().clear();
-    EXPECT_EQ(journal, (Journal{"~b", "~a"}));
-    EXPECT_EQ(pops, 2);
-    EXPECT_EQ(h().currentIndex, -1);
 }
 
 // A command that pushes from inside its undo must not cut the list being walked.

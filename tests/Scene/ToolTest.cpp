@@ -122,6 +122,7 @@ TEST_F(TreeTest, SubFromParentKeepsThePositionForUndo)
     history().redo();
     EXPECT_EQ(root->children, (std::vector<Tool*>{a, c}));
     history().undo();
+    // Without a parent nothing happens and nothing is recorded.
     {
         Tool t;
         size_t steps = history().commands.size();
@@ -381,14 +382,15 @@ TEST_F(TreeTest, WorldTransformChainsFromLeafToRoot)
     M34 M = move(9, 9, 9);
     b->worldTransform(M, false);
     EXPECT_TRUE(near(V3() * M, V3(-8, 11, 12)));
+    // Moving the object carries its children.
     {
-        Tool* a = add(root, move(1, 0, 0), move(0, 2, 0));
-        Tool* c = add(a, M34(), move(0, 0, 3));
-        EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 2, 3)));
-        a->transformObject(turn(V3(0, 0, 1), M_PI / 2), false, false);
-        EXPECT_TRUE(near(worldPoint(c, V3()), V3(0, 3, 3)));
-        a->align(move(5, 0, 0), false, false);
-        EXPECT_TRUE(near(worldPoint(c, V3()), V3(5, 3, 3)));
+        Tool* moved = add(root, move(1, 0, 0), move(0, 2, 0));
+        Tool* child = add(moved, M34(), move(0, 0, 3));
+        EXPECT_TRUE(near(worldPoint(child, V3()), V3(1, 2, 3)));
+        moved->transformObject(turn(V3(0, 0, 1), M_PI / 2), false, false);
+        EXPECT_TRUE(near(worldPoint(child, V3()), V3(0, 3, 3)));
+        moved->align(move(5, 0, 0), false, false);
+        EXPECT_TRUE(near(worldPoint(child, V3()), V3(5, 3, 3)));
     }
 }
 
@@ -494,13 +496,14 @@ TEST_F(TreeTest, AFreeToolMovesFreelyAndAnAxisKeepsItsLength)
     b->translationAxis = Vector3<float>(0, 0, 2);
     b->constrainedMoveObject(move(1, 2, 3), false, false);
     EXPECT_EQ(b->objectMatrix, move(0, 0, 12)) << "t dot a times a, a not unit";
+    // A constrained move of the element leaves the children.
     {
-        Tool* a = add(root);
-        Tool* c = add(a, M34(), move(1, 1, 1));
-        a->translationAxis = Vector3<float>(1, 0, 0);
-        a->constrainedMoveElement(move(3, 4, 5), false, false);
-        EXPECT_TRUE(near(worldPoint(a, V3()), V3(3, 0, 0)));
-        EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 1, 1)));
+        Tool* shape = add(root);
+        Tool* child = add(shape, M34(), move(1, 1, 1));
+        shape->translationAxis = Vector3<float>(1, 0, 0);
+        shape->constrainedMoveElement(move(3, 4, 5), false, false);
+        EXPECT_TRUE(near(worldPoint(shape, V3()), V3(3, 0, 0)));
+        EXPECT_TRUE(near(worldPoint(child, V3()), V3(1, 1, 1)));
     }
 }
 
@@ -637,19 +640,21 @@ TEST_F(TreeTest, ACloneOfAHierarchyHasTheSamePointsAndLinksAmongItsCopies)
     EXPECT_TRUE(a->linked(a2));
     EXPECT_FALSE(a->linked(b));
     EXPECT_EQ(validate(root), std::vector<std::string>());
+    // Two linked members of a copied group: the copies are linked to each other and to the
+    // originals, all in one ring.
     {
-        Tool* g = add(root);
-        Tool* a = add(g);
-        Tool* b = add(g);
-        a->link(b);
-        Tool* copy = g->cloneTool(true);
-        root->addChild(copy);
-        Tool* a2 = copy->children[0];
-        Tool* b2 = copy->children[1];
-        EXPECT_TRUE(a2->linked(b2));
-        EXPECT_TRUE(a2->linked(a));
-        EXPECT_TRUE(b2->linked(b));
-        EXPECT_EQ(a->linksCount(), 4);
+        Tool* group = add(root);
+        Tool* first = add(group);
+        Tool* second = add(group);
+        first->link(second);
+        Tool* copied = group->cloneTool(true);
+        root->addChild(copied);
+        Tool* firstCopy = copied->children[0];
+        Tool* secondCopy = copied->children[1];
+        EXPECT_TRUE(firstCopy->linked(secondCopy));
+        EXPECT_TRUE(firstCopy->linked(first));
+        EXPECT_TRUE(secondCopy->linked(second));
+        EXPECT_EQ(first->linksCount(), 4);
     }
 }
 
