@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <random>
 #include <string>
@@ -554,32 +555,25 @@ TEST(ExactPredicatesTest, SignsFollowTheDocumentedGeometry)
     EXPECT_EQ(exactInSphere(e3, n3, w3, bottom, centre), 1);
 }
 
-TEST(ExactPredicatesTest, RandomPointsMatchExactSigns)
+TEST(ExactPredicatesTest, EachFamilyOfInputMatchesExactSigns)
 {
-    Tallies t;
-    checkRandom(t, 1.0, 1, 3000);
-    expectAllMatch(t, 9000);
-}
-
-TEST(ExactPredicatesTest, ExactlyDegenerateInputAndItsUlpNeighboursMatchExactSigns)
-{
-    Tallies t;
-    checkExactlyDegenerate(t, 1.0, 2, 150);
-    expectAllMatch(t, 4000);
-}
-
-TEST(ExactPredicatesTest, DegenerateInputWithInexactDifferencesMatchesExactSigns)
-{
-    Tallies t;
-    checkMixedMagnitudeDegenerate(t, 1.0, 7, 150);
-    expectAllMatch(t, 4000);
-}
-
-TEST(ExactPredicatesTest, PointsRoundedOntoTheDegenerateSetMatchExactSigns)
-{
-    Tallies t;
-    checkRoundedOnto(t, 1.0, 3, 150);
-    expectAllMatch(t, 4000);
+    struct Case {
+        const char* what;
+        void (*check)(Tallies&, double, unsigned, int);
+        unsigned seed;
+        int count, minimumCases;
+    } cases[] = {
+        {"random", checkRandom, 1, 3000, 9000},
+        {"exactly degenerate and its ulp neighbours", checkExactlyDegenerate, 2, 150, 4000},
+        {"degenerate with inexact differences", checkMixedMagnitudeDegenerate, 7, 150, 4000},
+        {"rounded onto the degenerate set", checkRoundedOnto, 3, 150, 4000},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.what);
+        Tallies t;
+        c.check(t, 1.0, c.seed, c.count);
+        expectAllMatch(t, c.minimumCases);
+    }
 }
 
 TEST(ExactPredicatesTest, TinyAndHugeCoordinatesMatchExactSigns)
@@ -600,51 +594,37 @@ TEST(ExactPredicatesTest, TinyAndHugeCoordinatesMatchExactSigns)
 // around (0.5, 0.5), where rounding makes the plain determinant's sign erratic. The moving
 // point comes last, so its differences to the others are inexact and the adaptive stages
 // have tails to correct.
-TEST(ExactPredicatesTest, Orient2DOnAnUlpGridNearALineIsExactWherePlainArithmeticFails)
+TEST(ExactPredicatesTest, OnAnUlpGridNearTheDegenerateSetEachPredicateIsExactWherePlainArithmeticFails)
 {
-    Tally t;
-    const P2 q = {12, 12}, r = {24, 24};
-    for (int i = 0; i < 256; ++i)
-        for (int j = 0; j < 256; ++j)
-            checkOrient2D(t, q, r, P2{0.5 + i * kUlpAtHalf, 0.5 + j * kUlpAtHalf});
-    expectAllMatch(t, 3 * 256 * 256);
-    EXPECT_GT(t.plainWrong, 0);
-}
-
-TEST(ExactPredicatesTest, Orient3DOnAnUlpGridNearAPlaneIsExactWherePlainArithmeticFails)
-{
-    // The plane through q, r, s is x == z.
-    Tally t;
-    const P3 q = {12, 12, 12}, r = {24, 24, 24}, s = {0, 1, 0};
-    for (int i = 0; i < 128; ++i)
-        for (int j = 0; j < 128; ++j)
-            checkOrient3D(t, q, r, s, P3{0.5 + i * kUlpAtHalf, 0.5, 0.5 + j * kUlpAtHalf});
-    expectAllMatch(t, 3 * 128 * 128);
-    EXPECT_GT(t.plainWrong, 0);
-}
-
-TEST(ExactPredicatesTest, InCircleOnAnUlpGridNearACircleIsExactWherePlainArithmeticFails)
-{
-    // The circle of radius 12 around (0.5, 12.5) passes through (0.5, 0.5).
-    Tally t;
-    const P2 a = {12.5, 12.5}, b = {0.5, 24.5}, c = {-11.5, 12.5};
-    for (int i = 0; i < 128; ++i)
-        for (int j = 0; j < 128; ++j)
-            checkInCircle(t, a, b, c, P2{0.5 + i * kUlpAtHalf, 0.5 + j * kUlpAtHalf});
-    expectAllMatch(t, 3 * 128 * 128);
-    EXPECT_GT(t.plainWrong, 0);
-}
-
-TEST(ExactPredicatesTest, InSphereOnAnUlpGridNearASphereIsExactWherePlainArithmeticFails)
-{
-    // The sphere of radius 12 around (0.5, 0.5, 12.5) passes through (0.5, 0.5, 0.5).
-    Tally t;
-    const P3 a = {12.5, 0.5, 12.5}, b = {0.5, 12.5, 12.5}, c = {-11.5, 0.5, 12.5}, d = {0.5, 0.5, 24.5};
-    for (int i = 0; i < 128; ++i)
-        for (int j = 0; j < 128; ++j)
-            checkInSphere(t, a, b, c, d, P3{0.5 + i * kUlpAtHalf, 0.5 + (i ^ j) * kUlpAtHalf, 0.5 + j * kUlpAtHalf});
-    expectAllMatch(t, 3 * 128 * 128);
-    EXPECT_GT(t.plainWrong, 0);
+    auto at = [](int i) { return 0.5 + i * kUlpAtHalf; };
+    struct Case {
+        const char* what;
+        int side; // grid points per side
+        std::function<void(Tally&, int, int)> check;
+    } cases[] = {
+        {"Orient2D, the line x == y", 256,
+         [&](Tally& t, int i, int j) { checkOrient2D(t, {12, 12}, {24, 24}, P2{at(i), at(j)}); }},
+        {"Orient3D, the plane x == z", 128,
+         [&](Tally& t, int i, int j) { checkOrient3D(t, {12, 12, 12}, {24, 24, 24}, {0, 1, 0}, P3{at(i), 0.5, at(j)}); }},
+        {"InCircle, radius 12 around (0.5, 12.5)", 128,
+         [&](Tally& t, int i, int j) {
+             checkInCircle(t, {12.5, 12.5}, {0.5, 24.5}, {-11.5, 12.5}, P2{at(i), at(j)});
+         }},
+        {"InSphere, radius 12 around (0.5, 0.5, 12.5)", 128,
+         [&](Tally& t, int i, int j) {
+             checkInSphere(t, {12.5, 0.5, 12.5}, {0.5, 12.5, 12.5}, {-11.5, 0.5, 12.5}, {0.5, 0.5, 24.5},
+                           P3{at(i), at(i ^ j), at(j)});
+         }},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.what);
+        Tally t;
+        for (int i = 0; i < c.side; ++i)
+            for (int j = 0; j < c.side; ++j)
+                c.check(t, i, j);
+        expectAllMatch(t, 3 * c.side * c.side);
+        EXPECT_GT(t.plainWrong, 0);
+    }
 }
 
 TEST(ExactPredicatesDeathTest, PredicatesAreExactBeforeInitialisation)

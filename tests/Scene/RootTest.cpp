@@ -10,7 +10,6 @@ namespace {
 TEST_F(TreeTest, TheRootIsNoObjectHasNoPlacementAndIsNoStep)
 {
     EXPECT_TRUE(history().commands.empty()) << "making the root records nothing";
-    EXPECT_EQ(root->ToolType(), 7);
     EXPECT_TRUE(root->isRoot());
     root->setObject(true);
     EXPECT_FALSE(root->isObject());
