@@ -1,5 +1,6 @@
 #include "Scene/Commands/CommandChangeObjects.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace vel {
@@ -9,8 +10,16 @@ namespace vel {
 CommandChangeObjects::CommandChangeObjects(int type, std::vector<Tool*> const& given)
     : Command(type)
 {
-    std::unordered_set<Tool*> seen;
     targets.reserve(given.size());
+    // A drag pushes one command per frame, mostly for a few tools: a search of what is kept
+    // costs less than a set then.
+    if (given.size() <= 16) {
+        for (Tool* t : given)
+            if (std::find(targets.begin(), targets.end(), t) == targets.end())
+                targets.push_back(t);
+        return;
+    }
+    std::unordered_set<Tool*> seen;
     for (Tool* t : given)
         if (seen.insert(t).second)
             targets.push_back(t);
