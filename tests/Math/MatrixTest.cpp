@@ -100,9 +100,12 @@ TEST(MatrixInverse, Matrix4ByCofactorsMatchesAffineInverse)
     }
 }
 
-TEST(MatrixInverse, SingularMatricesGiveFiniteResults)
+TEST(MatrixInverse, SingularMatricesAreNotInvertibleAndGiveFiniteResults)
 {
     M3 flat = M3::Scale(V(1, 0, 1));
+    EXPECT_FALSE(flat.invertible());
+    EXPECT_FALSE(M34(M3(), V(0, std::nan(""), 0)).invertible()) << "a non-finite translation";
+    EXPECT_TRUE(M34(M3::Scale(1e-5), V(1, 2, 3)).invertible());
     M3 r = inv(flat);
     for (double v : r.m)
         EXPECT_TRUE(std::isfinite(v));
