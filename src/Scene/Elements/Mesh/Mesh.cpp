@@ -353,6 +353,25 @@ std::vector<int> Mesh::vertVerts(int v) const
     return result;
 }
 
+int Mesh::edgeStart(int e) const
+{
+    int v = edges[std::size_t(e)].v[1];
+    if (!verts[std::size_t(v)].is(MeshVert::SHARP))
+        return verts[std::size_t(v)].edge;
+    // Backward over the fan (the inverse of c -> half of c's next) to the half-edge that
+    // begins the group: a sharp one, or the border where the fan starts.
+    int c = e;
+    for (std::size_t steps = 0; steps <= edges.size(); ++steps) {
+        MeshEdge const& r = edges[std::size_t(c)];
+        if (r.half < 0 || r.is(MeshEdge::SHARP))
+            return c;
+        c = edges[std::size_t(r.half)].e[0];
+        if (c == e)
+            break;
+    }
+    return e;
+}
+
 int Mesh::findEdge(int from, int to) const
 {
     if (from < 0 || std::size_t(from) >= verts.size())
@@ -460,10 +479,8 @@ void Mesh::initializeVerts()
 
 void Mesh::initializeReconstructSharp(TResizeStyle style)
 {
-    invalid = !buildConnectivity();
+    invalid = !buildConnectivity(true);
     calculateSize(style);
-    buildSharpness();
-    initializeVerts();
     setComponentsPatches();
     update();
     dirtyBuffers = ~0u;

@@ -20,6 +20,11 @@ namespace vel {
 
 bool Mesh::buildConnectivity()
 {
+    return buildConnectivity(false);
+}
+
+bool Mesh::buildConnectivity(bool sharpFromNormals)
+{
     bool orientation = false, nonManifold = false;
     repairs = 0;
     pairEdges(orientation, nonManifold);
@@ -52,6 +57,8 @@ bool Mesh::buildConnectivity()
     }
 
     // Sharpness belongs to the pair; vertex flags are derived from it, so this comes first.
+    if (sharpFromNormals)
+        buildSharpness();
     for (std::size_t i = 0; i < edges.size(); ++i) {
         MeshEdge& e = edges[i];
         if (e.half < 0 || std::size_t(e.half) > i)
