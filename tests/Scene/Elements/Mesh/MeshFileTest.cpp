@@ -162,8 +162,8 @@ TEST(MeshOBJ, LineEndsCommentsContinuationsAndAByteOrderMarkAreRead)
         EXPECT_TRUE(m.loadOBJText(text));
         EXPECT_MESH_VALID(m);
         EXPECT_EQ(m.faces.size(), 1u);
-        ASSERT_EQ(m.verts.size(), 3u);
-        EXPECT_EQ(m.verts[0].position, Vector3<float>(5, 0, 0));
+        EXPECT_EQ(m.verts.size(), 3u);
+        EXPECT_EQ(m.verts.empty() ? Vector3<float>() : m.verts[0].position, Vector3<float>(5, 0, 0));
     }
 }
 
@@ -185,9 +185,7 @@ TEST(MeshOBJ, NormalIndicesThatDifferAtEitherEndMakeASharpEdge)
         ASSERT_TRUE(m.loadOBJText(std::string("v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nvn 0 0 1\nvn 0 0 1\n") + c.faces));
         EXPECT_MESH_VALID(m);
         int e = m.findEdge(1, 2);
-        ASSERT_GE(e, 0);
-        ASSERT_GE(m.edges[e].half, 0);
-        EXPECT_EQ(m.edges[e].is(MeshEdge::SHARP), c.sharp);
+        EXPECT_TRUE(e >= 0 && m.edges[e].half >= 0 && m.edges[e].is(MeshEdge::SHARP) == c.sharp);
     }
 }
 
@@ -207,11 +205,11 @@ TEST(MeshOBJ, ExportedFacesAndNormalsFollowTheMatrix)
         {"mirror", Matrix34<double>::Mirror({3, 0, 0}, {1, 0, 0})},
         {"mirror and shear", Matrix34<double>(M3(-1, 0, 0, 0.8, 1, 0, 0, 0, 2))},
     };
-    auto box = Mesh::Box(1);
+    auto solid = Mesh::Octahedron(); // sharp edges, and no face normal along an axis
     for (Case const& c : cases) {
         SCOPED_TRACE(c.name);
-        ObjText o = Parse(Export(*box, true, c.M));
-        ASSERT_EQ(o.f.size(), 6u);
+        ObjText o = Parse(Export(*solid, true, c.M));
+        EXPECT_EQ(o.f.size(), 8u);
         Vector3<double> centre;
         for (auto const& p : o.v)
             centre += p / double(o.v.size());
