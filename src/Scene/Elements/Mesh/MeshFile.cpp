@@ -4,7 +4,9 @@
 // The reader never fails on content: lines it cannot use are counted and reported in one
 // warning, bad faces are skipped, and what remains goes through buildConnectivity's repairs.
 // Normal indices are kept per corner only to rebuild sharp edges: two faces meeting with
-// different normal indices on both ends of their shared edge are cut by a sharp edge.
+// different normal indices at either end of their shared edge are cut by a sharp edge.
+// Comments ("#" to the end of a line), continued lines (ending in "\") and a leading UTF-8
+// byte-order mark are understood.
 //
 // Index
 // - reading: line splitting, numbers, ObjParser
