@@ -88,16 +88,6 @@ TEST(MeshSubdivide, AnchorsStayWhenSmoothing)
     }
 }
 
-TEST(MeshSubdivide, SmoothCubeRoundsOff)
-{
-    auto m = test::ClosedCube();
-    m->subdivide(true);
-    ASSERT_MESH_VALID(*m);
-    for (int v = 0; v < 8; ++v)
-        EXPECT_LT(m->verts[v].position.length(), std::sqrt(0.75f) - 0.05f);
-    EXPECT_GT(test::SignedVolume(*m), 0.3);
-}
-
 TEST(MeshSubdivide, QuadBesideATriangleSharesOneEdgeVertex)
 {
     auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {2, 0.5f, 0}}, {{0, 1, 2, 3}, {1, 4, 2}});
@@ -389,13 +379,9 @@ TEST(MeshFlip, FlipNormalsTurnsEveryFaceAndTwiceRestores)
     m->flipNormals();
     ASSERT_MESH_VALID(*m);
     EXPECT_NEAR(test::SignedVolume(*m), volume, 1e-9);
-}
-
-TEST(MeshFlip, BorderVerticesKeepTheirFanStart)
-{
-    auto m = test::OpenWithHoles();
-    m->flipNormals();
-    ASSERT_MESH_VALID(*m);
+    auto open = test::OpenWithHoles(); // border vertices keep their fan start
+    open->flipNormals();
+    EXPECT_MESH_VALID(*open);
 }
 
 } // namespace
