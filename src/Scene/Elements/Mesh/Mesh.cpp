@@ -202,15 +202,27 @@ int Mesh::faceFromCorners(std::vector<int> const& indices, std::vector<bool> con
     auto id = [&](int i) { return existing ? ids[std::size_t(i)] : first + i; };
     for (int i = 0; i < n; ++i) {
         int e = id(i);
-        if (std::size_t(e) >= edges.size())
-            edgeAdd(-1, -1, -1, -1, -1, -1);
-        MeshEdge& r = edges[std::size_t(e)];
-        r.v[0] = indices[std::size_t((i + n - 1) % n)];
-        r.v[1] = indices[std::size_t(i)];
-        r.e[0] = id((i + n - 1) % n);
-        r.e[1] = id((i + 1) % n);
-        r.face = f;
-        r.flags = MeshEdge::ACTIVE | (sharp && std::size_t(i) < sharp->size() && (*sharp)[std::size_t(i)] ? MeshEdge::SHARP : 0);
+        int prev = i == 0 ? n - 1 : i - 1, next = i + 1 == n ? 0 : i + 1;
+        auto fill = [&](MeshEdge& r) {
+            r.v[0] = indices[std::size_t(prev)];
+            r.v[1] = indices[std::size_t(i)];
+            r.e[0] = id(prev);
+            r.e[1] = id(next);
+            r.face = f;
+            r.flags = MeshEdge::ACTIVE | (sharp && std::size_t(i) < sharp->size() && (*sharp)[std::size_t(i)] ? MeshEdge::SHARP : 0);
+        };
+        if (std::size_t(e) < edges.size()) {
+            fill(edges[std::size_t(e)]);
+        } else {
+            // A new record is filled before it is appended: imports add millions of them.
+            MeshEdge r;
+            fill(r);
+            edges.push_back(r);
+            if (dataType == 1)
+                materials.push_back(Pbr());
+            if (dataType == 2)
+                uvs.push_back(0);
+        }
         if (mats && dataType == 1 && std::size_t(i) < mats->size())
             materials[std::size_t(e)] = (*mats)[std::size_t(i)];
     }

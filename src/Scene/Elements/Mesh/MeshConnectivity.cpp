@@ -338,7 +338,9 @@ void Mesh::setComponentsPatches()
         faces[f].patch = -1;
     }
     std::vector<int> queue;
+    bool crossedSharp = false; // by the last component flood
     auto flood = [&](std::size_t seed, bool patch, int number) {
+        crossedSharp = false;
         queue.assign(1, int(seed));
         if (patch)
             faces[seed].patch = number;
@@ -349,6 +351,7 @@ void Mesh::setComponentsPatches()
             std::size_t steps = 0;
             do {
                 MeshEdge const& e = edges[std::size_t(c)];
+                crossedSharp = crossedSharp || (e.half >= 0 && e.is(MeshEdge::SHARP));
                 if (e.half >= 0 && !(patch && e.is(MeshEdge::SHARP))) {
                     MeshFace& g = faces[std::size_t(edges[std::size_t(e.half)].face)];
                     int slot = patch ? g.patch : int(g.component);
@@ -367,8 +370,15 @@ void Mesh::setComponentsPatches()
     for (std::size_t f = 0; f < faces.size(); ++f) {
         if (!faces[f].is(MeshFace::ACTIVE))
             continue;
-        if (faces[f].component < 0)
+        if (faces[f].component < 0) {
             flood(f, false, components++);
+            // Without a sharp edge inside, the component is one patch: its faces are queued.
+            if (!crossedSharp) {
+                for (int g : queue)
+                    faces[std::size_t(g)].patch = patches;
+                ++patches;
+            }
+        }
         if (faces[f].patch < 0)
             flood(f, true, patches++);
     }
