@@ -1,6 +1,7 @@
 // Mesh kernels at the sizes artists work with: importing a 1M-triangle OBJ (against
 // OpenMesh reading the same file into its half-edge mesh), building connectivity, subdividing
-// and smoothing. The OBJ file is generated here, into the temp folder, once per run.
+// and smoothing; and what a small mesh and its clone cost. The OBJ files are generated here,
+// into the temp folder, once per run.
 #include "Scene/Elements/Mesh/Mesh.h"
 
 #include <benchmark/benchmark.h>
@@ -10,6 +11,7 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -42,14 +44,67 @@ std::unique_ptr<Mesh> Torus(int n, int m, bool triangles)
     return mesh;
 }
 
+void WriteOBJ(Mesh const& m, std::string const& path)
+{
+    std::ofstream out(path);
+    unsigned objects = 0, vertices = 0, faces = 0;
+    m.appendOBJ(out, objects, vertices, faces, Matrix34<double>(), false);
+}
+
 std::string const& MillionTriangleOBJ()
 {
     static std::string path = [] {
         std::string p = QDir::tempPath().toStdString() + "/vel_bench_1M.obj";
-        auto torus = Torus(1000, 500, true);
-        std::ofstream out(p);
-        unsigned objects = 0, vertices = 0, faces = 0;
-        torus->appendOBJ(out, objects, vertices, faces, Matrix34<double>(), false);
+        WriteOBJ(*Torus(1000, 500, true), p);
+        return p;
+    }();
+    return path;
+}
+
+// An organic closed surface as a scanner writes it: an icosphere subdivided eight times
+// (1.3M triangles), pushed in and out by waves and a little noise, with the vertices in
+// scan-line order (slices across z, by angle within a slice) and the faces in the order of
+// their first vertex there, not in the order the subdivision made them.
+std::string const& ScanOBJ()
+{
+    static std::string path = [] {
+        std::string p = QDir::tempPath().toStdString() + "/vel_bench_scan.obj";
+        auto sphere = Mesh::Sphere(Mesh::Icosahedron(), 8, 0, 2.0f, true);
+        std::size_t nv = sphere->verts.size();
+        std::vector<Vector3<float>> position(nv);
+        uint32_t noise = 12345;
+        for (std::size_t v = 0; v < nv; ++v) {
+            Vector3<double> q(sphere->verts[v].position);
+            noise = noise * 1664525u + 1013904223u;
+            double r = 1 + 0.15 * std::sin(3 * q.x) * std::sin(4 * q.y + 1) * std::sin(5 * q.z + 2) +
+                       0.04 * std::sin(17 * q.x + 11 * q.y) + 0.002 * (double(noise >> 8) / double(1 << 24) - 0.5);
+            position[v] = Vector3<float>(q * r);
+        }
+        std::vector<int> order(nv), rank(nv);
+        for (std::size_t v = 0; v < nv; ++v)
+            order[v] = int(v);
+        auto scanKey = [&](int v) {
+            Vector3<float> const& q = position[std::size_t(v)];
+            return std::make_pair(int(std::floor(q.z * 400)), std::atan2(q.y, q.x));
+        };
+        std::sort(order.begin(), order.end(), [&](int a, int b) { return scanKey(a) < scanKey(b); });
+        Mesh scan;
+        for (std::size_t i = 0; i < nv; ++i) {
+            rank[std::size_t(order[i])] = int(i);
+            scan.vertAdd(position[std::size_t(order[i])]);
+        }
+        std::vector<std::vector<int>> faces;
+        for (std::size_t f = 0; f < sphere->faces.size(); ++f) {
+            faces.push_back(sphere->faceVerts(int(f)));
+            for (int& v : faces.back())
+                v = rank[std::size_t(v)];
+        }
+        std::stable_sort(faces.begin(), faces.end(), [](std::vector<int> const& a, std::vector<int> const& b) {
+            return *std::min_element(a.begin(), a.end()) < *std::min_element(b.begin(), b.end());
+        });
+        for (auto const& f : faces)
+            scan.faceFromIndices(f);
+        WriteOBJ(scan, p);
         return p;
     }();
     return path;
@@ -60,9 +115,8 @@ std::size_t RecordBytes(Mesh const& m)
     return m.verts.size() * sizeof(MeshVert) + m.edges.size() * sizeof(MeshEdge) + m.faces.size() * sizeof(MeshFace);
 }
 
-void BM_MeshImportOBJ1M(benchmark::State& state)
+void ImportWithMesh(benchmark::State& state, std::string const& path)
 {
-    std::string const& path = MillionTriangleOBJ();
     std::size_t bytes = 0;
     int triangles = 0;
     for (auto _ : state) {
@@ -75,11 +129,9 @@ void BM_MeshImportOBJ1M(benchmark::State& state)
     state.counters["triangles"] = triangles;
     state.counters["bytes_per_triangle"] = double(bytes) / triangles;
 }
-BENCHMARK(BM_MeshImportOBJ1M)->Unit(benchmark::kMillisecond)->Iterations(3);
 
-void BM_OpenMeshReadOBJ1M(benchmark::State& state)
+void ReadWithOpenMesh(benchmark::State& state, std::string const& path)
 {
-    std::string const& path = MillionTriangleOBJ();
     std::size_t faces = 0;
     for (auto _ : state) {
         OpenMesh::TriMesh_ArrayKernelT<> m;
@@ -89,7 +141,52 @@ void BM_OpenMeshReadOBJ1M(benchmark::State& state)
     }
     state.counters["triangles"] = double(faces);
 }
+
+void BM_MeshImportOBJ1M(benchmark::State& state)
+{
+    ImportWithMesh(state, MillionTriangleOBJ());
+}
+BENCHMARK(BM_MeshImportOBJ1M)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+void BM_OpenMeshReadOBJ1M(benchmark::State& state)
+{
+    ReadWithOpenMesh(state, MillionTriangleOBJ());
+}
 BENCHMARK(BM_OpenMeshReadOBJ1M)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+void BM_MeshImportScanOBJ(benchmark::State& state)
+{
+    ImportWithMesh(state, ScanOBJ());
+}
+BENCHMARK(BM_MeshImportScanOBJ)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+void BM_OpenMeshReadScanOBJ(benchmark::State& state)
+{
+    ReadWithOpenMesh(state, ScanOBJ());
+}
+BENCHMARK(BM_OpenMeshReadScanOBJ)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+std::size_t HeldBytes(Mesh const& m)
+{
+    return m.verts.capacityBytes() + m.edges.capacityBytes() + m.faces.capacityBytes() + m.materials.capacityBytes() +
+           m.uvs.capacityBytes();
+}
+
+// What a 4-vertex mesh and a clone of it hold in records (the Element base not counted).
+void BM_MeshSmallMemory(benchmark::State& state)
+{
+    std::size_t mesh = 0, clone = 0;
+    for (auto _ : state) {
+        auto quad = Mesh::Quad();
+        std::unique_ptr<Mesh> copy(quad->clone());
+        mesh = HeldBytes(*quad);
+        clone = HeldBytes(*copy);
+        benchmark::DoNotOptimize(copy->verts.size());
+    }
+    state.counters["mesh_bytes"] = double(mesh);
+    state.counters["clone_bytes"] = double(clone);
+}
+BENCHMARK(BM_MeshSmallMemory);
 
 void BM_MeshBuildConnectivity1M(benchmark::State& state)
 {

@@ -365,7 +365,16 @@ bool Scene::saveOBJ(std::vector<Tool*> const& tools, std::string const& path, bo
     std::unordered_map<Element*, Mesh*> meshes;
     std::vector<std::unique_ptr<Mesh>> made; // conversions, gone with the export
     std::vector<PlacedMesh> placed;
-    for (Tool* t : tools) {
+    // A group stands for its children, and theirs: walk them in place of it, each tool once.
+    std::vector<Tool*> walk(tools.rbegin(), tools.rend());
+    std::set<Tool*> seen;
+    while (!walk.empty()) {
+        Tool* t = walk.back();
+        walk.pop_back();
+        if (!seen.insert(t).second)
+            continue;
+        if (t->isGroup())
+            walk.insert(walk.end(), t->children.rbegin(), t->children.rend());
         Element* e = t->element.get();
         if (t->isGroup() || t->isBone() || !e)
             continue;

@@ -108,11 +108,13 @@ TEST_F(MeshCommandsTest, ADataTypeChangeSwapsTheTypeAndItsCornerArrays)
     EXPECT_EQ(command->name(), "Mesh Type");
 }
 
+// A group stands for what it holds: its mesh tools are exported.
 TEST_F(MeshCommandsTest, TheSceneExportsEachMeshToolInTheWorldAndLeavesTheRestOut)
 {
     Tool* a = add(root, shape, true, Matrix34<double>::Translation({5, 0, 0}));
     Tool* b = add(a, shape, false, Matrix34<double>::Translation({0, 2, 0}));
     Tool* group = add(root, Shared<Element>(), true);
+    Tool* inner = add(add(group, Shared<Element>(), true), shape, true, Matrix34<double>::Translation({0, 0, 9}));
     Tool* other = add(root, Shared<Element>(new TestElement), true);
     mesh->center = Vector3<float>(1, 0, 0); // the element's own mapping comes first
     mesh->scale = 2;
@@ -122,13 +124,14 @@ TEST_F(MeshCommandsTest, TheSceneExportsEachMeshToolInTheWorldAndLeavesTheRestOu
 
     AABB box;
     auto meshes = Mesh::loadSeparateOBJ(path + ".obj", box, true);
-    ASSERT_EQ(meshes.size(), 2u);
-    for (size_t i = 0; i < 2; ++i) {
+    Tool* expected[] = {a, b, inner};
+    ASSERT_EQ(meshes.size(), 3u);
+    for (size_t i = 0; i < 3; ++i) {
         AABB own;
         for (size_t v = 0; v < meshes[i]->verts.size(); ++v)
             own.add(Vector3<double>(meshes[i]->verts[v].position));
         Matrix34<double> world;
-        (i == 0 ? a : b)->worldTransform(world, true);
+        expected[i]->worldTransform(world, true);
         mesh->calculateAABB(Matrix34<double>());
         Vector3<double> centre = mesh->aabb.center() * mesh->Transform(1) * world;
         EXPECT_TRUE(near(own.center(), centre, 1e-5)) << "object " << i;

@@ -202,15 +202,27 @@ int Mesh::faceFromCorners(std::vector<int> const& indices, std::vector<bool> con
     auto id = [&](int i) { return existing ? ids[std::size_t(i)] : first + i; };
     for (int i = 0; i < n; ++i) {
         int e = id(i);
-        if (std::size_t(e) >= edges.size())
-            edgeAdd(-1, -1, -1, -1, -1, -1);
-        MeshEdge& r = edges[std::size_t(e)];
-        r.v[0] = indices[std::size_t((i + n - 1) % n)];
-        r.v[1] = indices[std::size_t(i)];
-        r.e[0] = id((i + n - 1) % n);
-        r.e[1] = id((i + 1) % n);
-        r.face = f;
-        r.flags = MeshEdge::ACTIVE | (sharp && std::size_t(i) < sharp->size() && (*sharp)[std::size_t(i)] ? MeshEdge::SHARP : 0);
+        int prev = i == 0 ? n - 1 : i - 1, next = i + 1 == n ? 0 : i + 1;
+        auto fill = [&](MeshEdge& r) {
+            r.v[0] = indices[std::size_t(prev)];
+            r.v[1] = indices[std::size_t(i)];
+            r.e[0] = id(prev);
+            r.e[1] = id(next);
+            r.face = f;
+            r.flags = MeshEdge::ACTIVE | (sharp && std::size_t(i) < sharp->size() && (*sharp)[std::size_t(i)] ? MeshEdge::SHARP : 0);
+        };
+        if (std::size_t(e) < edges.size()) {
+            fill(edges[std::size_t(e)]);
+        } else {
+            // A new record is filled before it is appended: imports add millions of them.
+            MeshEdge r;
+            fill(r);
+            edges.push_back(r);
+            if (dataType == 1)
+                materials.push_back(Pbr());
+            if (dataType == 2)
+                uvs.push_back(0);
+        }
         if (mats && dataType == 1 && std::size_t(i) < mats->size())
             materials[std::size_t(e)] = (*mats)[std::size_t(i)];
     }
@@ -353,6 +365,25 @@ std::vector<int> Mesh::vertVerts(int v) const
     return result;
 }
 
+int Mesh::edgeStart(int e) const
+{
+    int v = edges[std::size_t(e)].v[1];
+    if (!verts[std::size_t(v)].is(MeshVert::SHARP))
+        return verts[std::size_t(v)].edge;
+    // Backward over the fan (the inverse of c -> half of c's next) to the half-edge that
+    // begins the group: a sharp one, or the border where the fan starts.
+    int c = e;
+    for (std::size_t steps = 0; steps <= edges.size(); ++steps) {
+        MeshEdge const& r = edges[std::size_t(c)];
+        if (r.half < 0 || r.is(MeshEdge::SHARP))
+            return c;
+        c = edges[std::size_t(r.half)].e[0];
+        if (c == e)
+            break;
+    }
+    return e;
+}
+
 int Mesh::findEdge(int from, int to) const
 {
     if (from < 0 || std::size_t(from) >= verts.size())
@@ -460,10 +491,8 @@ void Mesh::initializeVerts()
 
 void Mesh::initializeReconstructSharp(TResizeStyle style)
 {
-    invalid = !buildConnectivity();
+    invalid = !buildConnectivity(true);
     calculateSize(style);
-    buildSharpness();
-    initializeVerts();
     setComponentsPatches();
     update();
     dirtyBuffers = ~0u;

@@ -88,7 +88,7 @@ public:
     ChunkedSequence<MeshEdge> edges;
     ChunkedSequence<MeshFace> faces;
     ChunkedSequence<Pbr> materials; // one per half-edge with data type 1, else empty
-    ChunkedSequence<uint32_t> uvs;  // one per half-edge with data type 2, else empty
+    ChunkedSequence<uint32_t> uvs;  // one per half-edge with data type 2, else empty; u low 16 bits, v high
 
     int dataType = 0;         // 0 plain, 1 per-corner Pbr, 2 per-corner UV
     int triangles = 0;        // sum over faces of sides - 2
@@ -167,7 +167,9 @@ public:
     std::vector<int> vertEdges(int v) const;      // both, arriving then leaving
     std::vector<int> vertEdgesSet(int v) const;   // vertEdges sorted
     std::vector<int> vertVerts(int v) const;      // neighbour vertices in fan order
-    int edgeStart(int e) const { return edges[e].v[0]; }
+    // The half-edge arriving at e's end vertex where e's smooth fan begins: the sharp or border
+    // half-edge before e, or the vertex's `edge` when no sharp line passes the vertex.
+    int edgeStart(int e) const;
     int findEdge(int from, int to) const;         // -1 when there is none
     int findFace(int from, int to) const;         // face of the half-edge from -> to, or -1
     int vertexOfRecord(MeshVert const& v) const;  // index of a vertex record by its `edge`
@@ -237,6 +239,10 @@ public:
     static std::vector<std::unique_ptr<Mesh>> loadSeparateOBJText(std::string const& text, AABB& box, bool flag = true);
     void appendOBJ(std::ostream& out, unsigned& objects, unsigned& vertices, unsigned& faces,
                    Matrix34<double> const& M, bool normals) const;
+    // The same, for objects after others in one file: `normalLines` counts the "vn" lines
+    // written so far, so that normal indices go on from there.
+    void appendOBJ(std::ostream& out, unsigned& objects, unsigned& vertices, unsigned& faces, unsigned& normalLines,
+                   Matrix34<double> const& M, bool normals) const;
 
     // ---- Validation (MeshValidate.cpp) -----------------------------------------------------
     std::vector<MeshViolation> validate() const;
@@ -263,12 +269,15 @@ public:
     static std::unique_ptr<Mesh> Gear(int teeth, float r0, float r1, float r2, float halfWidth, float bevel);
 
 private:
+    // buildConnectivity; with `sharpFromNormals`, buildSharpness runs once pairs are known, so
+    // the vertex flags are derived only once.
+    bool buildConnectivity(bool sharpFromNormals);
     void pairEdges(bool& orientation, bool& nonManifold);
     bool fixOrientation();
     bool splitNonManifoldVertices();
     void reportRepairs();
     void subdivideFaces(bool smooth, bool material);
-    void rebuildOverVertices(std::vector<int> const& representative);
+    int rebuildOverVertices(std::vector<int> const& representative); // returns vertices split again
     std::unique_ptr<Mesh> extractFaces(bool byComponent, int number, bool withMaterial) const;
     int faceFromCorners(std::vector<int> const& indices, std::vector<bool> const* sharp,
                         std::vector<Pbr> const* mats, std::unordered_map<long, int> const* existing);

@@ -20,6 +20,11 @@ namespace vel {
 
 bool Mesh::buildConnectivity()
 {
+    return buildConnectivity(false);
+}
+
+bool Mesh::buildConnectivity(bool sharpFromNormals)
+{
     bool orientation = false, nonManifold = false;
     repairs = 0;
     pairEdges(orientation, nonManifold);
@@ -52,6 +57,8 @@ bool Mesh::buildConnectivity()
     }
 
     // Sharpness belongs to the pair; vertex flags are derived from it, so this comes first.
+    if (sharpFromNormals)
+        buildSharpness();
     for (std::size_t i = 0; i < edges.size(); ++i) {
         MeshEdge& e = edges[i];
         if (e.half < 0 || std::size_t(e.half) > i)
@@ -80,13 +87,14 @@ bool Mesh::buildConnectivity()
 // reversed and paired (orientation to fix); a third face on the edge unpairs them all.
 // Decisions only depend on earlier half-edges of the same undirected edge, so the walk runs
 // per edge over buckets of a counting sort instead of through a hash map: same result, and
-// memory is touched in order.
+// memory is touched in order. Bucket entries carry their sort key (high end, index, and
+// whether the half-edge starts at the low end), so sorting a bucket reads no record.
 void Mesh::pairEdges(bool& orientation, bool& nonManifold)
 {
     std::size_t nv = verts.size(), ne = edges.size();
-    std::vector<int> fallback;
-    int* start = GeometryScratch(nv + 1 + ne, fallback);
-    int* bucket = start + nv + 1;
+    std::vector<uint64_t> fallback;
+    uint64_t* start = GeometryScratch(nv + 1 + ne, fallback);
+    uint64_t* bucket = start + nv + 1;
     std::fill(start, start + nv + 1, 0);
 
     hasInactive = false;
@@ -108,7 +116,7 @@ void Mesh::pairEdges(bool& orientation, bool& nonManifold)
     for (std::size_t i = 0; i < ne; ++i) {
         MeshEdge const& e = edges[i];
         if (e.is(MeshEdge::ACTIVE) && e.v[0] != e.v[1])
-            bucket[start[low(e)]++] = int(i);
+            bucket[start[low(e)]++] = uint64_t(high(e)) << 32 | uint64_t(i) << 1 | (e.v[0] < e.v[1] ? 0u : 1u);
     }
     // start[v] now holds the end of bucket v; bucket v begins at start[v - 1].
 
@@ -116,20 +124,16 @@ void Mesh::pairEdges(bool& orientation, bool& nonManifold)
         edges[std::size_t(a)].half = b;
         edges[std::size_t(b)].half = a;
     };
-    int begin = 0;
+    std::size_t begin = 0;
     for (std::size_t v = 0; v < nv; ++v) {
-        int end = start[v];
-        std::sort(bucket + begin, bucket + end, [&](int a, int b) {
-            int ha = high(edges[std::size_t(a)]), hb = high(edges[std::size_t(b)]);
-            return ha != hb ? ha < hb : a < b;
-        });
-        for (int g = begin; g < end;) {
-            int h = high(edges[std::size_t(bucket[g])]);
+        std::size_t end = std::size_t(start[v]);
+        std::sort(bucket + begin, bucket + end);
+        for (std::size_t g = begin; g < end;) {
+            uint64_t h = bucket[g] >> 32;
             int entry[2] = {-1, -1}; // first half-edge entered for low->high and high->low
-            for (; g < end && high(edges[std::size_t(bucket[g])]) == h; ++g) {
-                int x = bucket[g];
-                MeshEdge& e = edges[std::size_t(x)];
-                int k = e.v[0] == int(v) ? 0 : 1;
+            for (; g < end && bucket[g] >> 32 == h; ++g) {
+                int x = int((bucket[g] & 0xFFFFFFFFu) >> 1);
+                int k = int(bucket[g] & 1u);
                 if (entry[k] < 0 && entry[1 - k] >= 0) {
                     pair(x, entry[1 - k]);
                     entry[k] = x;
@@ -142,7 +146,7 @@ void Mesh::pairEdges(bool& orientation, bool& nonManifold)
                     entry[1 - k] = x;
                     orientation = true;
                 } else {
-                    e.half = -1;
+                    edges[std::size_t(x)].half = -1;
                     edges[std::size_t(entry[0])].half = -1;
                     edges[std::size_t(entry[1])].half = -1;
                     nonManifold = true;
@@ -331,7 +335,9 @@ void Mesh::setComponentsPatches()
         faces[f].patch = -1;
     }
     std::vector<int> queue;
+    bool crossedSharp = false; // by the last component flood
     auto flood = [&](std::size_t seed, bool patch, int number) {
+        crossedSharp = false;
         queue.assign(1, int(seed));
         if (patch)
             faces[seed].patch = number;
@@ -342,6 +348,7 @@ void Mesh::setComponentsPatches()
             std::size_t steps = 0;
             do {
                 MeshEdge const& e = edges[std::size_t(c)];
+                crossedSharp = crossedSharp || (e.half >= 0 && e.is(MeshEdge::SHARP));
                 if (e.half >= 0 && !(patch && e.is(MeshEdge::SHARP))) {
                     MeshFace& g = faces[std::size_t(edges[std::size_t(e.half)].face)];
                     int slot = patch ? g.patch : int(g.component);
@@ -360,8 +367,15 @@ void Mesh::setComponentsPatches()
     for (std::size_t f = 0; f < faces.size(); ++f) {
         if (!faces[f].is(MeshFace::ACTIVE))
             continue;
-        if (faces[f].component < 0)
+        if (faces[f].component < 0) {
             flood(f, false, components++);
+            // Without a sharp edge inside, the component is one patch: its faces are queued.
+            if (!crossedSharp) {
+                for (int g : queue)
+                    faces[std::size_t(g)].patch = patches;
+                ++patches;
+            }
+        }
         if (faces[f].patch < 0)
             flood(f, true, patches++);
     }

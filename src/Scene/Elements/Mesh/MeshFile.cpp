@@ -4,7 +4,9 @@
 // The reader never fails on content: lines it cannot use are counted and reported in one
 // warning, bad faces are skipped, and what remains goes through buildConnectivity's repairs.
 // Normal indices are kept per corner only to rebuild sharp edges: two faces meeting with
-// different normal indices on both ends of their shared edge are cut by a sharp edge.
+// different normal indices at either end of their shared edge are cut by a sharp edge.
+// Comments ("#" to the end of a line), continued lines (ending in "\") and a leading UTF-8
+// byte-order mark are understood.
 //
 // Index
 // - reading: line splitting, numbers, ObjParser
@@ -86,12 +88,28 @@ public:
     {
         char const* p = text.data();
         char const* end = p + text.size();
-        char separator = std::memchr(p, '\n', text.size()) ? '\n' : '\r';
+        if (end - p >= 3 && std::memcmp(p, "\xEF\xBB\xBF", 3) == 0)
+            p += 3; // a UTF-8 byte-order mark
+        char separator = std::memchr(p, '\n', std::size_t(end - p)) ? '\n' : '\r';
+        std::string joined;
         while (p < end && !stats.tooLarge) {
-            char const* eol = static_cast<char const*>(std::memchr(p, separator, std::size_t(end - p)));
-            if (!eol)
-                eol = end;
-            line(skipBlanks(p, eol), eol);
+            char const* eol = lineEnd(p, end, separator);
+            char const* last = continued(p, eol);
+            if (!last) {
+                line(skipBlanks(p, eol), eol);
+                p = eol + 1;
+                continue;
+            }
+            // A line ending in "\" goes on in the next one.
+            joined.assign(p, last);
+            while (last && eol < end) {
+                p = eol + 1;
+                eol = lineEnd(p, end, separator);
+                last = continued(p, eol);
+                joined += ' ';
+                joined.append(p, last ? last : eol);
+            }
+            line(skipBlanks(joined.data(), joined.data() + joined.size()), joined.data() + joined.size());
             p = eol + 1;
         }
         finish();
@@ -100,8 +118,23 @@ public:
     }
 
 private:
+    static char const* lineEnd(char const* p, char const* end, char separator)
+    {
+        char const* eol = static_cast<char const*>(std::memchr(p, separator, std::size_t(end - p)));
+        return eol ? eol : end;
+    }
+    // Where the text of a line ending in a continuation "\" stops, or null for other lines.
+    static char const* continued(char const* p, char const* eol)
+    {
+        while (eol > p && isBlank(eol[-1]))
+            --eol;
+        return eol > p && eol[-1] == '\\' ? eol - 1 : nullptr;
+    }
+
     void line(char const* p, char const* end)
     {
+        if (char const* hash = static_cast<char const*>(std::memchr(p, '#', std::size_t(end - p))))
+            end = hash; // a comment runs to the end of the line
         if (end - p < 2 || !isBlank(p[1])) {
             if (end - p >= 3 && p[0] == 'v' && p[1] == 'n' && isBlank(p[2]))
                 ++normalCount;
@@ -317,10 +350,16 @@ std::vector<std::unique_ptr<Mesh>> Mesh::loadSeparateOBJText(std::string const& 
 // ---- writing ----------------------------------------------------------------------------------
 
 // Normals are written one per corner group (a smooth fan at a vertex), so sharp edges come
-// back on import; the faces refer to them relatively ("-k", OBJ's count from the last "vn"),
-// which keeps each object's lines independent of what was written before it.
+// back on import. Indices are absolute, counted from the start of the file.
 void Mesh::appendOBJ(std::ostream& out, unsigned& objects, unsigned& vertices, unsigned& faceTotal,
                      Matrix34<double> const& M, bool normals) const
+{
+    unsigned normalLines = 0;
+    appendOBJ(out, objects, vertices, faceTotal, normalLines, M, normals);
+}
+
+void Mesh::appendOBJ(std::ostream& out, unsigned& objects, unsigned& vertices, unsigned& faceTotal,
+                     unsigned& normalLines, Matrix34<double> const& M, bool normals) const
 {
     std::streamsize precision = out.precision(9); // floats survive the round trip
     ++objects;
@@ -344,19 +383,22 @@ void Mesh::appendOBJ(std::ostream& out, unsigned& objects, unsigned& vertices, u
             out << "vn " << t.x << " " << t.y << " " << t.z << "\n";
         }
     }
+    // A mirroring matrix turns the faces inside out unless their corners go the other way.
+    bool mirrored = M.linear().determinant() < 0;
     for (std::size_t f = 0; f < faces.size(); ++f) {
         out << "f";
         int s = faces[f].edge, c = s;
         do {
             out << " " << edges[std::size_t(c)].v[1] + 1 + long(vertices);
             if (normals)
-                out << "//" << group[std::size_t(c)] - groups;
-            c = edges[std::size_t(c)].e[1];
+                out << "//" << group[std::size_t(c)] + 1 + long(normalLines);
+            c = edges[std::size_t(c)].e[mirrored ? 0 : 1];
         } while (c != s);
         out << "\n";
     }
     vertices += unsigned(verts.size());
     faceTotal += unsigned(faces.size());
+    normalLines += unsigned(groups);
     out.precision(precision);
 }
 
@@ -383,9 +425,9 @@ bool saveOBJ(std::vector<PlacedMesh> const& meshes, std::string const& path, boo
     }
     out << "# Vellumbra OBJ export\n";
     out << "# Global: " << meshes.size() << " objects, " << v << " vertices, " << f << " faces\n";
-    unsigned objects = 0, vertices = 0, faces = 0;
+    unsigned objects = 0, vertices = 0, faces = 0, normalLines = 0;
     for (PlacedMesh const& m : meshes)
-        m.first->appendOBJ(out, objects, vertices, faces, m.second, normals);
+        m.first->appendOBJ(out, objects, vertices, faces, normalLines, m.second, normals);
     return bool(out);
 }
 

@@ -54,6 +54,29 @@ struct PbrSum {
     }
 };
 
+// Mean of packed UVs (u in the low 16 bits, v in the high ones), each half rounded.
+uint32_t UVMean(uint32_t const* values, std::size_t n)
+{
+    uint64_t u = 0, v = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        u += values[i] & 0xFFFFu;
+        v += values[i] >> 16;
+    }
+    return n == 0 ? 0u : uint32_t((u + n / 2) / n) | uint32_t((v + n / 2) / n) << 16;
+}
+
+// faceFromIndices that also gives the new corners their UVs when the mesh has them.
+int FaceWithUVs(Mesh& m, std::vector<int> const& idx, std::vector<bool> const& sharp, std::vector<Pbr> const& mats,
+                std::vector<uint32_t> const& uv)
+{
+    std::size_t first = m.edges.size();
+    int f = m.faceFromIndices(idx, sharp, mats);
+    if (f >= 0 && m.hasUVs())
+        for (std::size_t i = 0; i < idx.size() && i < uv.size(); ++i)
+            m.uvs[first + i] = uv[i];
+    return f;
+}
+
 // Copies every per-corner value (normal, material, UV) of corner `from` to corner `to`.
 void copyCorner(Mesh& m, int to, int from)
 {
@@ -97,8 +120,9 @@ void Mesh::subdivideFaces(bool smooth, bool material)
     if (faces.empty() || invalid)
         return;
     std::size_t nv = verts.size(), ne = edges.size(), nf = faces.size();
+    bool uv = hasUVs();
     Mesh out;
-    out.setDataType(material ? 1 : 0);
+    out.setDataType(material ? 1 : (uv ? 2 : 0));
     out.center = center;
     out.scale = scale;
     for (std::size_t v = 0; v < nv; ++v) {
@@ -128,10 +152,12 @@ void Mesh::subdivideFaces(bool smooth, bool material)
                                  : (a + b + centres[std::size_t(e.face)] + centres[std::size_t(edges[std::size_t(e.half)].face)]) * 0.25f;
         mid[i] = out.vertAdd(p, -1, sharp, false);
     }
-    // 3. Rebuild each face: n quads around its centre, or four triangles.
+    // 3. Rebuild each face: n quads around its centre, or four triangles. New corners take
+    // the mean of the corner values (materials, UVs) around them.
     std::vector<int> ring, idx(4);
     std::vector<bool> sharp(4);
     std::vector<Pbr> mats(4);
+    std::vector<uint32_t> cornerUV(4), ringUV;
     for (std::size_t f = 0; f < nf; ++f) {
         ring = edgeLoop(faces[f].edge);
         std::size_t n = ring.size();
@@ -139,37 +165,51 @@ void Mesh::subdivideFaces(bool smooth, bool material)
         auto sharpOf = [&](std::size_t i) { return edges[std::size_t(corner(i))].is(MeshEdge::SHARP); };
         auto matOf = [&](std::size_t i) { return material ? materials[std::size_t(corner(i))] : Pbr(); };
         auto midMat = [&](std::size_t i) { return Pbr::avg(matOf(i + n - 1), matOf(i)); };
+        auto uvOf = [&](std::size_t i) { return uv ? uvs[std::size_t(corner(i))] : 0u; };
+        auto midUV = [&](std::size_t i) {
+            uint32_t ends[2] = {uvOf(i + n - 1), uvOf(i)};
+            return UVMean(ends, 2);
+        };
         if (n != 3) {
             PbrSum faceMat;
             for (std::size_t i = 0; material && i < n; ++i)
                 faceMat.add(matOf(i));
+            ringUV.resize(n);
+            for (std::size_t i = 0; i < n; ++i)
+                ringUV[i] = uvOf(i);
+            uint32_t faceUV = UVMean(ringUV.data(), n);
             for (std::size_t i = 0; i < n; ++i) {
                 idx = {mid[std::size_t(corner(i))], edges[std::size_t(corner(i))].v[1], mid[std::size_t(corner(i + 1))],
                        centre[f]};
                 sharp = {false, sharpOf(i), sharpOf(i + 1), false};
                 if (material)
                     mats = {midMat(i), matOf(i), midMat(i + 1), faceMat.mean()};
-                out.faceFromIndices(idx, sharp, mats);
+                cornerUV = {midUV(i), uvOf(i), midUV(i + 1), faceUV};
+                FaceWithUVs(out, idx, sharp, mats, cornerUV);
             }
         } else {
             idx.resize(3);
             sharp.resize(3);
             mats.resize(3);
+            cornerUV.resize(3);
             for (std::size_t i = 0; i < 3; ++i) {
                 idx = {mid[std::size_t(corner(i))], edges[std::size_t(corner(i))].v[1], mid[std::size_t(corner(i + 1))]};
                 sharp = {false, sharpOf(i), sharpOf(i + 1)};
                 if (material)
                     mats = {midMat(i), matOf(i), midMat(i + 1)};
-                out.faceFromIndices(idx, sharp, mats);
+                cornerUV = {midUV(i), uvOf(i), midUV(i + 1)};
+                FaceWithUVs(out, idx, sharp, mats, cornerUV);
             }
             idx = {mid[std::size_t(corner(1))], mid[std::size_t(corner(2))], mid[std::size_t(corner(0))]};
             sharp = {false, false, false};
             if (material)
                 mats = {midMat(1), midMat(2), midMat(0)};
-            out.faceFromIndices(idx, sharp, mats);
+            cornerUV = {midUV(1), midUV(2), midUV(0)};
+            FaceWithUVs(out, idx, sharp, mats, cornerUV);
             idx.resize(4);
             sharp.resize(4);
             mats.resize(4);
+            cornerUV.resize(4);
         }
     }
     swap(out);
@@ -258,10 +298,10 @@ void Mesh::spherize()
 
 // Rebuilds the faces over vertex representatives: a face loses corners whose edge collapsed
 // and is dropped when fewer than three distinct corners remain.
-void Mesh::rebuildOverVertices(std::vector<int> const& representative)
+int Mesh::rebuildOverVertices(std::vector<int> const& representative)
 {
     Mesh out;
-    out.setDataType(dataType == 1 ? 1 : 0);
+    out.setDataType(dataType);
     out.center = center;
     out.scale = scale;
     std::vector<int> remap(verts.size(), -1);
@@ -273,10 +313,13 @@ void Mesh::rebuildOverVertices(std::vector<int> const& representative)
     std::vector<int> idx;
     std::vector<bool> sharp;
     std::vector<Pbr> mats;
+    std::vector<uint32_t> uv;
+    std::vector<char> used(out.verts.size(), 0);
     for (std::size_t f = 0; f < faces.size(); ++f) {
         idx.clear();
         sharp.clear();
         mats.clear();
+        uv.clear();
         for (int e : edgeLoop(faces[f].edge)) {
             MeshEdge const& r = edges[std::size_t(e)];
             int a = remap[std::size_t(representative[std::size_t(r.v[0])])];
@@ -287,11 +330,17 @@ void Mesh::rebuildOverVertices(std::vector<int> const& representative)
             sharp.push_back(r.is(MeshEdge::SHARP));
             if (dataType == 1)
                 mats.push_back(materials[std::size_t(e)]);
+            if (dataType == 2)
+                uv.push_back(uvs[std::size_t(e)]);
         }
-        out.faceFromIndices(idx, sharp, mats); // refuses rings that collapsed
+        if (FaceWithUVs(out, idx, sharp, mats, uv) >= 0) // refuses rings that collapsed
+            for (int v : idx)
+                used[std::size_t(v)] = 1;
     }
+    int kept = int(std::count(used.begin(), used.end(), 1));
     swap(out);
     initialize(0);
+    return int(verts.size()) - kept; // vertices that buildConnectivity split off again
 }
 
 int Mesh::weld(float distance)
@@ -341,8 +390,10 @@ int Mesh::weld(float distance)
             it->second = int(v);
         }
     }
+    // Where a merge joins sheets that only touch there, the rebuild splits the vertex again:
+    // only what stays joined counts.
     if (merged > 0)
-        rebuildOverVertices(representative);
+        merged -= rebuildOverVertices(representative);
     return merged;
 }
 

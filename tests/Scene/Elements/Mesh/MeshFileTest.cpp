@@ -3,6 +3,7 @@
 #include "Scene/Elements/Mesh/MeshFile.h"
 
 #include "Scene/Elements/Mesh/Mesh.h"
+#include "Scene/Elements/Mesh/MeshGeometry.h"
 
 #include "Core/Communicate.h"
 #include "MeshFixtures.h"
@@ -26,6 +27,35 @@ std::string Export(Mesh const& m, bool normals, Matrix34<double> const& M = Matr
     unsigned objects = 0, vertices = 0, faces = 0;
     m.appendOBJ(out, objects, vertices, faces, M, normals);
     return out.str();
+}
+
+// What the checks read back from exported text: positions, normals, and per face its corners
+// as (position, normal) indices, 0 where a corner has no normal.
+struct ObjText {
+    std::vector<Vector3<double>> v, vn;
+    std::vector<std::vector<std::pair<long, long>>> f;
+};
+
+ObjText Parse(std::string const& text)
+{
+    ObjText o;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream l(line);
+        std::string tag, corner;
+        l >> tag;
+        Vector3<double> p;
+        if (tag == "v" || tag == "vn") {
+            l >> p.x >> p.y >> p.z;
+            (tag == "v" ? o.v : o.vn).push_back(p);
+        }
+        if (tag == "f")
+            for (o.f.emplace_back(); l >> corner;) {
+                std::size_t slash = corner.find("//");
+                o.f.back().emplace_back(std::stol(corner), slash == std::string::npos ? 0 : std::stol(corner.substr(slash + 2)));
+            }
+    }
+    return o;
 }
 
 void ExpectRoundTrip(Mesh const& source, char const* name, int expectedSharp)
@@ -96,6 +126,18 @@ TEST(MeshOBJ, SaveWritesSeveralObjectsWithContinuingIndices)
     EXPECT_EQ(s.rfind("# Vellumbra OBJ export\n# Global: 2 objects, 16 vertices, 12 faces\n", 0), 0u);
     EXPECT_NE(s.find("o Object2"), std::string::npos);
     EXPECT_NE(s.find("f 9//"), std::string::npos) << "the second object's indices continue";
+    // Normal indices count from the start of the file: each "vn" line is used, none twice over
+    // two objects, and none is relative.
+    ObjText o = Parse(s);
+    std::vector<int> uses(o.vn.size(), 0);
+    for (std::size_t f = 0; f < o.f.size(); ++f)
+        for (auto const& corner : o.f[f]) {
+            ASSERT_GE(corner.second, 1);
+            ASSERT_LE(corner.second, long(o.vn.size()));
+            uses[std::size_t(corner.second - 1)] |= f < 6 ? 1 : 2;
+        }
+    for (int u : uses)
+        EXPECT_TRUE(u == 1 || u == 2);
     AABB box;
     auto meshes = Mesh::loadSeparateOBJ(path + ".obj", box, true);
     ASSERT_EQ(meshes.size(), 2u);
@@ -108,16 +150,78 @@ TEST(MeshOBJ, SaveWritesSeveralObjectsWithContinuingIndices)
     EXPECT_FALSE(saveOBJ(list, dir.filePath("missing/dir/x.obj").toStdString(), true));
 }
 
-TEST(MeshOBJ, LineEndsOfEveryKindLoad)
+TEST(MeshOBJ, LineEndsCommentsContinuationsAndAByteOrderMarkAreRead)
 {
-    std::string lf = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
-    for (std::string text : {lf, std::string("v 0 0 0\rv 1 0 0\rv 0 1 0\rf 1 2 3\r"),
-                             std::string("v 0 0 0\r\nv 1 0 0\r\nv 0 1 0\r\nf 1 2 3\r\n"),
-                             std::string("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3")}) {
+    std::string const v = "v 5 0 0\nv 1 0 0\nv 0 1 0\n";
+    for (std::string text : {v + "f 1 2 3\n", std::string("v 5 0 0\rv 1 0 0\rv 0 1 0\rf 1 2 3\r"),
+                             std::string("v 5 0 0\r\nv 1 0 0\r\nv 0 1 0\r\nf 1 2 3\r\n"), v + "f 1 2 3",
+                             "\xEF\xBB\xBF" + v + "f 1 2 3\n", v + "f 1 2 3 # the first\n", v + "f 1 2 3# x\n",
+                             v + "f 1 2 \\\n 3\n", v + "f 1 \\\r\n2 \\  \r\n 3\r\n", std::string("v 5 \\\n0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3")}) {
+        SCOPED_TRACE(text);
         Mesh m;
         EXPECT_TRUE(m.loadOBJText(text));
         EXPECT_MESH_VALID(m);
         EXPECT_EQ(m.faces.size(), 1u);
+        EXPECT_EQ(m.verts.size(), 3u);
+        EXPECT_EQ(m.verts.empty() ? Vector3<float>() : m.verts[0].position, Vector3<float>(5, 0, 0));
+    }
+}
+
+// A pair of faces is cut where the normal indices of its two sides differ at either end.
+TEST(MeshOBJ, NormalIndicesThatDifferAtEitherEndMakeASharpEdge)
+{
+    struct Case {
+        char const* faces;
+        bool sharp;
+    } cases[] = {
+        {"f 1//1 2//1 3//1\nf 3//1 2//1 4//1\n", false},
+        {"f 1//1 2//1 3//1\nf 3//1 2//2 4//2\n", true}, // differ at vertex 2 only
+        {"f 1//1 2//1 3//1\nf 3//2 2//1 4//2\n", true}, // differ at vertex 3 only
+        {"f 1//1 2//1 3//1\nf 3//2 2//2 4//2\n", true},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.faces);
+        Mesh m;
+        ASSERT_TRUE(m.loadOBJText(std::string("v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nvn 0 0 1\nvn 0 0 1\n") + c.faces));
+        EXPECT_MESH_VALID(m);
+        int e = m.findEdge(1, 2);
+        EXPECT_TRUE(e >= 0 && m.edges[e].half >= 0 && m.edges[e].is(MeshEdge::SHARP) == c.sharp);
+    }
+}
+
+// Corner order and normals of the written faces agree with the transformed positions, for
+// matrices that mirror, shear or scale unevenly: faces stay outward, normals perpendicular.
+TEST(MeshOBJ, ExportedFacesAndNormalsFollowTheMatrix)
+{
+    using M3 = Matrix3<double>;
+    struct Case {
+        char const* name;
+        Matrix34<double> M;
+    } cases[] = {
+        {"identity", Matrix34<double>()},
+        {"translation", Matrix34<double>::Translation({3, -1, 2})},
+        {"uneven scale", Matrix34<double>(M3::Scale(Vector3<double>(1, 4, 0.25)))},
+        {"shear", Matrix34<double>(M3(1, 0, 0, 0.8, 1, 0, 0.3, 0, 1))},
+        {"mirror", Matrix34<double>::Mirror({3, 0, 0}, {1, 0, 0})},
+        {"mirror and shear", Matrix34<double>(M3(-1, 0, 0, 0.8, 1, 0, 0, 0, 2))},
+    };
+    auto solid = Mesh::Octahedron(); // sharp edges, and no face normal along an axis
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.name);
+        ObjText o = Parse(Export(*solid, true, c.M));
+        EXPECT_EQ(o.f.size(), 8u);
+        Vector3<double> centre;
+        for (auto const& p : o.v)
+            centre += p / double(o.v.size());
+        for (auto const& face : o.f) {
+            std::vector<Vector3<double>> ring;
+            for (auto const& corner : face)
+                ring.push_back(o.v.at(std::size_t(corner.first - 1)));
+            Vector3<double> n = NormalFromPolygon(ring.data(), int(ring.size())).normalize();
+            EXPECT_GT(n.dot(ring[0] - centre), 0) << "the face points inward";
+            for (auto const& corner : face)
+                EXPECT_NEAR(o.vn.at(std::size_t(corner.second - 1)).dot(n), 1, 1e-6);
+        }
     }
 }
 

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <map>
+
 namespace vel {
 namespace {
 
@@ -49,26 +53,39 @@ TEST(MeshSubdivide, SharpCubeStaysFlatAndKeepsItsCorners)
     }
 }
 
-TEST(MeshSubdivide, WithoutSmoothingOldVerticesStay)
+// Without smoothing the old vertices stay; a smooth edge's point is the mean of its ends and
+// of its two face centres, so on a cube its sorted |coordinates| are (0, 3/8, 3/8).
+TEST(MeshSubdivide, WithoutSmoothingOldVerticesStayAndEdgePointsAverageFaceCentres)
 {
-    auto m = test::ClosedOctahedron();
+    auto m = test::ClosedCube();
     auto before = *m;
     m->subdivide(false);
     ASSERT_MESH_VALID(*m);
-    EXPECT_EQ(m->faces.size(), 32u);
-    EXPECT_EQ(m->triangles, 32);
     for (std::size_t v = 0; v < before.verts.size(); ++v)
         EXPECT_EQ(m->verts[v].position, before.verts[v].position);
+    std::map<std::vector<float>, int> kinds;
+    for (std::size_t v = 0; v < m->verts.size(); ++v) {
+        Vector3<float> p = m->verts[v].position;
+        std::vector<float> a = {std::abs(p.x), std::abs(p.y), std::abs(p.z)};
+        std::sort(a.begin(), a.end());
+        ++kinds[a];
+    }
+    EXPECT_EQ(kinds, (std::map<std::vector<float>, int>{{{0.5f, 0.5f, 0.5f}, 8}, {{0, 0, 0.5f}, 6}, {{0, 0.375f, 0.375f}, 12}}));
 }
 
-TEST(MeshSubdivide, SmoothCubeRoundsOff)
+// Smoothing moves an old vertex halfway to its smoothed place, unless it is an anchor.
+TEST(MeshSubdivide, AnchorsStayWhenSmoothing)
 {
-    auto m = test::ClosedCube();
-    m->subdivide(true);
-    ASSERT_MESH_VALID(*m);
-    for (int v = 0; v < 8; ++v)
-        EXPECT_LT(m->verts[v].position.length(), std::sqrt(0.75f) - 0.05f);
-    EXPECT_GT(test::SignedVolume(*m), 0.3);
+    for (bool anchor : {false, true}) {
+        auto m = test::QuadGrid(2);
+        m->verts[1].position = {0.5f, 0.2f, 0.4f}; // a rim vertex pulled off the rim
+        if (anchor)
+            m->verts[1].set(MeshVert::ANCHOR);
+        m->subdivide(true);
+        ASSERT_MESH_VALID(*m);
+        // Unanchored, it goes halfway to the mean of its new rim neighbours (0.5, 0.1, 0.2).
+        EXPECT_EQ(m->verts[1].position, anchor ? Vector3<float>(0.5f, 0.2f, 0.4f) : Vector3<float>(0.5f, 0.15f, 0.3f));
+    }
 }
 
 TEST(MeshSubdivide, QuadBesideATriangleSharesOneEdgeVertex)
@@ -137,14 +154,22 @@ TEST(MeshSmooth, SharpVerticesFollowTheirLinesAndAnchorsStay)
     EXPECT_TRUE(box->geometryChanged);
 }
 
-TEST(MeshSmooth, SmoothVertexGoesToTheMeanOfItsRing)
+// An inner vertex goes to the mean of its ring, a rim vertex to the mean of its two rim
+// neighbours: open meshes lose jagged rims too.
+TEST(MeshSmooth, InnerAndRimVerticesGoToTheMeanOfTheirNeighbours)
 {
-    auto m = test::QuadGrid(2);
-    m->verts[4].position.z = 1;
-    EXPECT_EQ(m->vertSmoothPosition(m->verts[4]), Vector3<float>(0.5f, 0.5f, 0));
-    m->smoothAll(0.5f);
-    EXPECT_FLOAT_EQ(m->verts[4].position.z, 0.5f);
-    ASSERT_MESH_VALID(*m);
+    struct Case {
+        int vertex;
+        Vector3<float> pulled, smoothed;
+    } cases[] = {{4, {0.5f, 0.5f, 1}, {0.5f, 0.5f, 0}}, {1, {0.5f, 0.2f, 0.4f}, {0.5f, 0, 0}}, {5, {0.8f, 0.5f, -1}, {1, 0.5f, 0}}};
+    for (Case const& c : cases) {
+        auto m = test::QuadGrid(2);
+        m->verts[c.vertex].position = c.pulled;
+        EXPECT_EQ(m->vertSmoothPosition(m->verts[c.vertex]), c.smoothed) << c.vertex;
+        m->smoothAll(0.5f);
+        EXPECT_EQ(m->verts[c.vertex].position, (c.pulled + c.smoothed) * 0.5f) << c.vertex;
+        ASSERT_MESH_VALID(*m);
+    }
 }
 
 TEST(MeshSmooth, SpherizePutsEveryVertexOnTheSphere)
@@ -157,38 +182,87 @@ TEST(MeshSmooth, SpherizePutsEveryVertexOnTheSphere)
         EXPECT_NEAR((m->verts[v].position - m->center).length(), 0.5f * m->scale, 1e-5f);
 }
 
-TEST(MeshWeld, SeparateQuadsOfACubeBecomeOneClosedCube)
+// Every face of `m` on vertices of its own, each copy moved by offset(face, corner).
+std::unique_ptr<Mesh> Separated(Mesh const& m, Vector3<float> (*offset)(int, int))
 {
     std::vector<Vector3<float>> p;
     std::vector<std::vector<int>> f;
-    auto cube = test::ClosedCube();
-    for (std::size_t face = 0; face < 6; ++face) {
-        std::vector<int> ring;
-        for (int v : cube->faceVerts(int(face))) {
-            ring.push_back(int(p.size()));
-            // A little noise, well inside the weld distance.
-            p.push_back(cube->verts[v].position + Vector3<float>(1e-6f * float(face), 0, 0));
+    for (std::size_t face = 0; face < m.faces.size(); ++face) {
+        f.emplace_back();
+        for (int v : m.faceVerts(int(face))) {
+            f.back().push_back(int(p.size()));
+            p.push_back(m.verts[v].position + offset(int(face), int(f.back().size())));
         }
-        f.push_back(ring);
     }
-    auto m = test::BuildMesh(p, f);
-    EXPECT_EQ(m->components, 6);
-    EXPECT_EQ(m->weld(1e-4f), 16);
-    ASSERT_MESH_VALID(*m);
-    EXPECT_EQ(m->verts.size(), 8u);
-    EXPECT_EQ(m->components, 1);
-    for (std::size_t i = 0; i < m->edges.size(); ++i)
-        EXPECT_GE(m->edges[i].half, 0);
+    return test::BuildMesh(p, f);
 }
 
-TEST(MeshWeld, CollapsedFacesAreDropped)
+Vector3<float> NoOffset(int, int)
 {
-    // The short edge of a sliver triangle welds shut: the triangle disappears.
-    auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1e-7f, 0}, {0, 1, 0}}, {{0, 1, 3}, {1, 2, 3}});
-    EXPECT_EQ(m->weld(1e-5f), 1);
-    ASSERT_MESH_VALID(*m);
-    EXPECT_EQ(m->faces.size(), 1u);
-    EXPECT_EQ(m->verts.size(), 3u);
+    return {};
+}
+
+// Up to a quarter of the weld distance per axis: copies of grid points, which lie on cell
+// boundaries, land on both sides of them.
+Vector3<float> Jitter(int face, int corner)
+{
+    auto h = [&](int k) { return float(((face * 7919 + corner * 104729 + k * 1299709) % 1000) - 500) * 0.5e-6f; };
+    return {h(1), h(2), h(3)};
+}
+
+TEST(MeshWeld, CoincidentVerticesMergeAndOnlyWhatStaysMergedCounts)
+{
+    auto touching = test::ClosedCube();
+    touching->append(test::ClosedCube().get(), Matrix34<double>::Translation({1, 1, 1})); // one corner shared
+    struct Case {
+        char const* name;
+        std::unique_ptr<Mesh> mesh;
+        float distance;
+        int merged;
+        std::size_t verts, faces;
+        int components;
+    } cases[] = {
+        {"quads of a cube", Separated(*test::ClosedCube(), Jitter), 1e-3f, 16, 8, 6, 1},
+        {"quads of a grid", Separated(*test::QuadGrid(10), Jitter), 1e-3f, 400 - 121, 121, 100, 1},
+        {"sliver", test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1e-7f, 0}, {0, 1, 0}}, {{0, 1, 3}, {1, 2, 3}}), 1e-5f, 1, 3, 1, 1},
+        {"cubes touching at a corner", std::move(touching), 1e-4f, 0, 16, 12, 2},
+    };
+    for (Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.mesh->weld(c.distance), c.merged);
+        EXPECT_MESH_VALID(*c.mesh);
+        EXPECT_EQ(c.mesh->verts.size(), c.verts);
+        EXPECT_EQ(c.mesh->faces.size(), c.faces);
+        EXPECT_EQ(c.mesh->components, c.components);
+    }
+}
+
+// UV meshes stay UV meshes: welding keeps each corner's UV, subdividing gives new corners the
+// mean of their neighbours'. With UVs equal to positions, every corner's UV is its position.
+TEST(MeshWeld, WeldAndSubdivideKeepUVs)
+{
+    auto m = Separated(*test::BuildMesh({{0, 0, 0}, {0.5f, 0, 0}, {0.5f, 1, 0}, {0, 1, 0}, {1, 0.5f, 0}}, {{0, 1, 2, 3}, {1, 4, 2}}),
+                       NoOffset);
+    m->setDataType(2);
+    for (std::size_t e = 0; e < m->edges.size(); ++e) {
+        Vector3<float> p = m->verts[m->edges[e].v[1]].position;
+        m->uvs[e] = uint32_t(std::lround(p.x * 65535)) | uint32_t(std::lround(p.y * 65535)) << 16;
+    }
+    auto expectUVsAtPositions = [](Mesh const& mesh) {
+        ASSERT_MESH_VALID(mesh);
+        ASSERT_TRUE(mesh.hasUVs());
+        for (std::size_t e = 0; e < mesh.edges.size(); ++e) {
+            Vector3<float> p = mesh.verts[mesh.edges[e].v[1]].position;
+            EXPECT_NEAR(double(mesh.uvs[e] & 0xFFFF), p.x * 65535.0, 1.0) << e;
+            EXPECT_NEAR(double(mesh.uvs[e] >> 16), p.y * 65535.0, 1.0) << e;
+        }
+    };
+    EXPECT_EQ(m->weld(1e-4f), 2);
+    expectUVsAtPositions(*m);
+    m->makeSharp(0); // edge points at the midpoints, where UVs are the mean of the ends
+    m->subdivide(false);
+    EXPECT_EQ(m->faces.size(), 4u + 4u);
+    expectUVsAtPositions(*m);
 }
 
 TEST(MeshTriangulate, CubeBecomesTwelveTrianglesKeepingPatchesAndNormals)
@@ -305,13 +379,9 @@ TEST(MeshFlip, FlipNormalsTurnsEveryFaceAndTwiceRestores)
     m->flipNormals();
     ASSERT_MESH_VALID(*m);
     EXPECT_NEAR(test::SignedVolume(*m), volume, 1e-9);
-}
-
-TEST(MeshFlip, BorderVerticesKeepTheirFanStart)
-{
-    auto m = test::OpenWithHoles();
-    m->flipNormals();
-    ASSERT_MESH_VALID(*m);
+    auto open = test::OpenWithHoles(); // border vertices keep their fan start
+    open->flipNormals();
+    EXPECT_MESH_VALID(*open);
 }
 
 } // namespace

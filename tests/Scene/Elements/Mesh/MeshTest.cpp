@@ -6,20 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace vel {
 namespace {
 
 using test::LogCapture;
-
-TEST(MeshFixtures, AllFixturesSatisfyTheInvariants)
-{
-    for (auto* make : {&test::ClosedCube, &test::ClosedOctahedron, &test::OpenWithHoles, &test::FlippedFaces,
-                       &test::NonManifoldEdge, &test::NonManifoldVertex}) {
-        auto m = make();
-        EXPECT_MESH_VALID(*m);
-        EXPECT_FALSE(m->invalid);
-    }
-}
 
 TEST(MeshBuild, ClosedCubeCountsAndRings)
 {
@@ -75,89 +67,82 @@ TEST(MeshBuild, FewerThanThreeVerticesStayUninitialised)
     EXPECT_EQ(m.components, 0);
 }
 
-TEST(MeshRepair, OppositeWindingIsFixedAndLogged)
+// Each repair on its own input, and all at once: the mesh comes out valid, with the one log
+// line naming what was repaired, in order.
+TEST(MeshRepair, EachRepairIsMadeAndReportedInOneLine)
 {
-    LogCapture log;
-    auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}, {{0, 1, 2}, {1, 2, 3}});
-    EXPECT_MESH_VALID(*m);
-    EXPECT_EQ(log.all(), "Fixed orientations. \n");
-    EXPECT_EQ(m->repairs, Mesh::REPAIRED_ORIENTATION);
-    ASSERT_EQ(log.entries.size(), 1u);
-    EXPECT_EQ(log.entries[0].second, 1);
-    // Both faces now agree: the shared edge is paired.
-    int e = m->findEdge(1, 2) >= 0 ? m->findEdge(1, 2) : m->findEdge(2, 1);
-    ASSERT_GE(e, 0);
-    EXPECT_GE(m->edges[e].half, 0);
-    EXPECT_EQ(m->components, 1);
-}
-
-TEST(MeshRepair, FlippedFacesOfAClosedMeshAreTurnedBack)
-{
-    LogCapture log;
-    auto m = test::FlippedFaces();
-    EXPECT_MESH_VALID(*m);
-    EXPECT_TRUE(log.all().contains("Fixed orientations. "));
-    for (std::size_t i = 0; i < m->edges.size(); ++i)
-        EXPECT_GE(m->edges[i].half, 0) << "closed mesh has no border after repair";
-    // All faces turned the same way: the signed volume is that of the octahedron (4/3).
-    double volume = test::SignedVolume(*m);
-    EXPECT_NEAR(std::abs(volume), 4.0 / 3.0, 1e-9);
-}
-
-TEST(MeshRepair, ThreeFacesOnAnEdgeBecomeBordersAndStayUsable)
-{
-    LogCapture log;
-    auto m = test::NonManifoldEdge();
-    EXPECT_MESH_VALID(*m);
-    EXPECT_TRUE(log.all().contains("Mesh has non-manifold edges. "));
-    EXPECT_TRUE(m->repairs & Mesh::REPAIRED_NON_MANIFOLD_EDGES);
-    // The three sheets also touch only at the edge's ends: those vertices are split too.
-    EXPECT_TRUE(m->repairs & Mesh::REPAIRED_NON_MANIFOLD_VERTICES);
-    int onEdge = 0;
-    for (std::size_t i = 0; i < m->edges.size(); ++i) {
-        MeshEdge const& e = m->edges[i];
-        Vector3<float> a = m->verts[e.v[0]].position, b = m->verts[e.v[1]].position;
-        if (a.y == 0 && b.y == 0 && a.z == 0 && b.z == 0) {
-            ++onEdge;
-            EXPECT_EQ(e.half, -1);
-        }
+    using Make = std::unique_ptr<Mesh> (*)();
+    struct Case {
+        char const* name;
+        Make make;
+        char const* log;
+        std::size_t verts;
+        int components, borders;
+    } cases[] = {
+        {"opposite winding", [] { return test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}, {{0, 1, 2}, {1, 2, 3}}); },
+         "Fixed orientations. ", 4, 1, 4},
+        {"flipped faces of a closed mesh", &test::FlippedFaces, "Fixed orientations. ", 6, 1, 0},
+        // The three sheets also touch only at the edge's ends: those vertices are split too.
+        {"three faces on an edge", &test::NonManifoldEdge, "Mesh has non-manifold edges. Fixed non-manifold vertices. ", 9, 3, 9},
+        {"two cones touching at a vertex", &test::NonManifoldVertex, "Fixed non-manifold vertices. ", 10, 2, 0},
+        {"quads touching at a corner, unused vertices",
+         [] {
+             return test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {0, 1, 0}, {1, 1, 0}, {2, 1, 0}, {0, 2, 0}, {1, 2, 0}, {2, 2, 0}},
+                                    {{0, 1, 4, 3}, {4, 5, 8, 7}});
+         },
+         "Fixed non-manifold vertices. ", 8, 2, 8},
+        {"all at once",
+         [] {
+             return test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {3, 0, 0}, {4, 1, 0}, {4, -1, 0}, {2, 1, 0}, {2, -1, 0}},
+                                    {{0, 1, 2}, {0, 1, 3}, {1, 0, 4}, {5, 6, 7}, {5, 8, 9}});
+         },
+         "Mesh has non-manifold edges. Fixed orientations. Fixed non-manifold vertices. ", 15, 5, 15},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.name);
+        LogCapture log;
+        auto m = c.make();
+        EXPECT_MESH_VALID(*m);
+        EXPECT_FALSE(m->invalid);
+        ASSERT_EQ(log.entries.size(), 1u);
+        EXPECT_EQ(log.entries[0].first.toStdString(), c.log);
+        EXPECT_EQ(log.entries[0].second, 1);
+        EXPECT_EQ(m->verts.size(), c.verts);
+        EXPECT_EQ(m->components, c.components);
+        int borders = 0;
+        for (std::size_t i = 0; i < m->edges.size(); ++i)
+            borders += m->edges[i].half < 0;
+        EXPECT_EQ(borders, c.borders);
     }
-    EXPECT_EQ(onEdge, 3);
-    EXPECT_FALSE(m->invalid);
-    EXPECT_EQ(m->components, 3);
+    // Turned back as a whole: the enclosed volume is the octahedron's (4/3).
+    EXPECT_NEAR(std::abs(test::SignedVolume(*test::FlippedFaces())), 4.0 / 3.0, 1e-9);
 }
 
-TEST(MeshRepair, TwoConesTouchingAtAVertexAreSplit)
+// A Moebius strip cannot be oriented: one pair on the seam is broken into borders, which also
+// splits the vertices at its ends, and the strip becomes a band cut open.
+TEST(MeshRepair, AMoebiusStripIsCutOpen)
 {
+    int const n = 8;
+    std::vector<Vector3<float>> p;
+    for (int i = 0; i < n; ++i) {
+        double t = 2 * M_PI * i / n;
+        Vector3<double> radial(std::cos(t), std::sin(t), 0), width = radial * std::cos(t / 2) * 0.3 + Vector3<double>(0, 0, std::sin(t / 2) * 0.3);
+        p.push_back(Vector3<float>(radial + width));
+        p.push_back(Vector3<float>(radial - width));
+    }
+    std::vector<std::vector<int>> faces;
+    for (int i = 0; i + 1 < n; ++i)
+        faces.push_back({2 * i, 2 * i + 1, 2 * i + 3, 2 * i + 2});
+    faces.push_back({2 * n - 2, 2 * n - 1, 0, 1}); // the half twist
     LogCapture log;
-    auto m = test::NonManifoldVertex();
+    auto m = test::BuildMesh(p, faces);
     EXPECT_MESH_VALID(*m);
-    EXPECT_EQ(log.all(), "Fixed non-manifold vertices. \n");
-    EXPECT_EQ(m->verts.size(), 10u);
-    EXPECT_EQ(m->verts[9].position, m->verts[0].position);
-    EXPECT_EQ(m->components, 2);
-}
-
-TEST(MeshRepair, HolesTouchingAtACornerSplitThatVertex)
-{
-    LogCapture log;
-    auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {0, 1, 0}, {1, 1, 0}, {2, 1, 0}, {0, 2, 0}, {1, 2, 0}, {2, 2, 0}},
-                             {{0, 1, 4, 3}, {4, 5, 8, 7}}); // two quads meeting at vertex 4 only
-    EXPECT_MESH_VALID(*m);
-    EXPECT_EQ(log.all(), "Fixed non-manifold vertices. \n");
-    EXPECT_EQ(m->verts.size(), 8u);
-}
-
-TEST(MeshRepair, AllRepairsAreReportedInOneLineInOrder)
-{
-    LogCapture log;
-    // A non-manifold edge (three faces on 0-1), a flipped face, and a bow-tie vertex (5).
-    auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {3, 0, 0}, {4, 1, 0}, {4, -1, 0},
-                              {2, 1, 0}, {2, -1, 0}},
-                             {{0, 1, 2}, {0, 1, 3}, {1, 0, 4}, {5, 6, 7}, {5, 8, 9}});
-    EXPECT_MESH_VALID(*m);
-    ASSERT_EQ(log.entries.size(), 1u);
-    EXPECT_EQ(log.entries[0].first, "Mesh has non-manifold edges. Fixed orientations. Fixed non-manifold vertices. ");
+    EXPECT_TRUE(m->repairs & Mesh::REPAIRED_ORIENTATION);
+    EXPECT_EQ(m->components, 1);
+    int borders = 0;
+    for (std::size_t i = 0; i < m->edges.size(); ++i)
+        borders += m->edges[i].half < 0;
+    EXPECT_EQ(borders, 2 * n + 2);
 }
 
 TEST(MeshRepair, QuietSwallowsTheRepairReportOnce)
@@ -171,14 +156,6 @@ TEST(MeshRepair, QuietSwallowsTheRepairReportOnce)
     EXPECT_EQ(log.entries.size(), 1u);
 }
 
-TEST(MeshRepair, UnusedVerticesAreDropped)
-{
-    auto m = test::BuildMesh({{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {8, 8, 8}}, {{1, 2, 3}});
-    EXPECT_MESH_VALID(*m);
-    EXPECT_EQ(m->verts.size(), 3u);
-    EXPECT_EQ(m->verts[0].position, Vector3<float>(0, 0, 0));
-}
-
 TEST(MeshVertexFlags, BorderVerticesStartTheirFanAtTheBorder)
 {
     auto m = test::OpenWithHoles();
@@ -190,8 +167,10 @@ TEST(MeshVertexFlags, BorderVerticesStartTheirFanAtTheBorder)
             EXPECT_EQ(m->edges[m->verts[v].edge].half, -1);
             EXPECT_TRUE(m->verts[v].is(MeshVert::SHARP));
         }
-    // 20 on the outer rim, 4 around each hole.
+    // 20 on the outer rim, 4 around each hole; a rim alone makes no anchor.
     EXPECT_EQ(border, 20 + 8);
+    for (std::size_t v = 0; v < m->verts.size(); ++v)
+        EXPECT_FALSE(m->verts[v].is(MeshVert::ANCHOR)) << v;
     EXPECT_EQ(m->repairs, 0u);
     EXPECT_EQ(m->components, 1);
 }
@@ -228,29 +207,53 @@ TEST(MeshVertexFlags, SharpLineEndsAreNotAnchorsButCrossingsAre)
     EXPECT_TRUE(m->verts[centre].is(MeshVert::SHARP));
     EXPECT_FALSE(m->verts[centre].is(MeshVert::ANCHOR));
     // Where the line meets the border, the border vertex has three lines: an anchor.
-    EXPECT_TRUE(m->verts[3].is(MeshVert::ANCHOR));
-    EXPECT_TRUE(m->verts[5].is(MeshVert::ANCHOR));
+    for (std::size_t v = 0; v < m->verts.size(); ++v)
+        EXPECT_EQ(m->verts[v].is(MeshVert::ANCHOR), v == 3 || v == 5) << v;
 }
 
-TEST(MeshSharpness, ZeroAngleMarksEverythingEvenAFlatPair)
+// The fan group of every half-edge begins at its edgeStart: a half-edge arriving at the same
+// vertex from which the forward walk reaches it before any other sharp half-edge.
+TEST(MeshVertexFlags, EdgeStartBeginsTheSmoothFanOfEachHalfEdge)
 {
-    auto pair = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
-    pair->makeSharp(0);
-    EXPECT_MESH_VALID(*pair);
-    for (std::size_t i = 0; i < pair->edges.size(); ++i)
-        EXPECT_TRUE(pair->edges[i].is(MeshEdge::SHARP));
-    EXPECT_EQ(pair->patches, 2);
+    auto sharpCube = test::ClosedCube();
+    sharpCube->makeSharp(30);
+    auto crossed = test::QuadGrid(3);
+    for (int e : {crossed->findEdge(5, 6), crossed->findEdge(6, 10)})
+        crossed->edges[e].set(MeshEdge::SHARP);
+    crossed->initialize(0);
+    auto smoothCube = test::ClosedCube();
+    auto holes = test::OpenWithHoles();
+    Mesh const* meshes[] = {sharpCube.get(), smoothCube.get(), holes.get(), crossed.get()};
+    for (Mesh const* m : meshes) {
+        for (std::size_t e = 0; e < m->edges.size(); ++e) {
+            int s = m->edgeStart(int(e));
+            ASSERT_GE(s, 0);
+            ASSERT_EQ(m->edges[s].v[1], m->edges[e].v[1]) << e;
+            bool reached = false;
+            for (int c = s, steps = 0; c >= 0 && steps < 64 && !reached; ++steps) {
+                reached = c == int(e);
+                c = m->edges[m->edges[c].e[1]].half;
+                if (c == s || (c >= 0 && m->edges[c].is(MeshEdge::SHARP)))
+                    break;
+            }
+            EXPECT_TRUE(reached) << "half-edge " << e;
+        }
+    }
 }
 
-TEST(MeshSharpness, CoplanarFacesStaySoftAt30Degrees)
+// A flat pair: angle 0 marks every half-edge, 30 degrees only the border.
+TEST(MeshSharpness, ZeroAngleMarksEverythingCoplanarFacesStaySoftOtherwise)
 {
-    auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
-    m->makeSharp(30);
-    EXPECT_MESH_VALID(*m);
-    int diagonal = m->findEdge(0, 2) >= 0 ? m->findEdge(0, 2) : m->findEdge(2, 0);
-    ASSERT_GE(diagonal, 0);
-    EXPECT_FALSE(m->edges[diagonal].is(MeshEdge::SHARP));
-    EXPECT_EQ(test::SharpEdgeCount(*m), 4); // the border
+    for (float angle : {0.f, 30.f}) {
+        auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
+        m->makeSharp(angle);
+        EXPECT_MESH_VALID(*m);
+        int diagonal = m->findEdge(0, 2) >= 0 ? m->findEdge(0, 2) : m->findEdge(2, 0);
+        ASSERT_GE(diagonal, 0);
+        EXPECT_EQ(m->edges[diagonal].is(MeshEdge::SHARP), angle == 0);
+        EXPECT_EQ(test::SharpEdgeCount(*m), angle == 0 ? 5 : 4);
+        EXPECT_EQ(m->patches, angle == 0 ? 2 : 1);
+    }
 }
 
 TEST(MeshNormals, SharpCubeCornersTakeTheirFaceNormalSmoothCubeTheDiagonal)
@@ -318,16 +321,33 @@ TEST(MeshLifecycle, InitializeDataKeepsFacesAndRewritesRings)
     EXPECT_EQ(m->triangles, 8);
 }
 
-TEST(MeshLifecycle, ResizeStyles)
+TEST(MeshLifecycle, ResizeStylesCentreAndScale)
 {
-    auto m = test::MakeMesh({{0, 0, 0}, {4, 0, 0}, {0, 2, 0}}, {{0, 1, 2}});
-    m->initialize(2);
-    EXPECT_EQ(m->center, Vector3<float>(2, 1, 0));
-    EXPECT_FLOAT_EQ(m->scale, 4);
-    m->calculateSize(1);
-    EXPECT_NEAR(m->center.x, 4.f / 3, 1e-6);
-    m->calculateSize(0);
-    EXPECT_NEAR(m->center.x, 4.f / 3, 1e-6);
+    struct Case {
+        int style;
+        Vector3<float> center;
+        float scale;
+    } cases[] = {{0, {7, 7, 7}, 3}, {1, {4.f / 3, 2.f / 3, 0}, 2 * std::sqrt(68.f) / 3}, {2, {2, 1, 0}, 4}};
+    for (Case const& c : cases) {
+        auto m = test::MakeMesh({{0, 0, 0}, {4, 0, 0}, {0, 2, 0}}, {{0, 1, 2}});
+        m->center = {7, 7, 7};
+        m->scale = 3;
+        m->initialize(c.style);
+        EXPECT_NEAR((m->center - c.center).length(), 0, 1e-6) << c.style;
+        EXPECT_NEAR(m->scale, c.scale, 1e-5) << c.style;
+    }
+}
+
+// Every index field holds INDEX_MAX, the largest index any record may get.
+TEST(MeshLifecycle, IndexFieldsHoldTheLargestIndex)
+{
+    MeshVert v;
+    MeshEdge e;
+    MeshFace f;
+    v.edge = e.face = f.component = Mesh::INDEX_MAX;
+    EXPECT_EQ(v.edge, Mesh::INDEX_MAX);
+    EXPECT_EQ(e.face, Mesh::INDEX_MAX);
+    EXPECT_EQ(f.component, Mesh::INDEX_MAX);
 }
 
 TEST(MeshLifecycle, CopyAndSwapSnapshotTheWholeMesh)
