@@ -345,11 +345,37 @@ void Mesh::appendExisting(Mesh const* other, std::unordered_map<int, int> const&
 
 // ---- partial normals --------------------------------------------------------------------------
 
+namespace {
+
+// Visit marks of updateNormals, shared by all meshes (main thread only, like the scratch
+// pads): a record is visited in the current pass when its mark equals the round, which moves
+// on every pass, so the arrays are cleared only when it wraps.
+struct VisitMarks {
+    std::vector<uint32_t> verts, faces;
+    uint32_t round = 0;
+
+    uint32_t next(std::size_t vertCount, std::size_t faceCount)
+    {
+        if (++round == 0) {
+            std::fill(verts.begin(), verts.end(), 0u);
+            std::fill(faces.begin(), faces.end(), 0u);
+            round = 1;
+        }
+        if (verts.size() < vertCount)
+            verts.resize(vertCount, 0u);
+        if (faces.size() < faceCount)
+            faces.resize(faceCount, 0u);
+        return round;
+    }
+};
+
+} // namespace
+
 // Moving a vertex changes the normals of its faces, and so the corner normals of every vertex
 // of those faces. Each of those vertices sums the normals of all its faces, which are
 // recomputed here the way calculateNormals computes them, so the result is bit for bit the
-// same. Face normals go to the geometry pad at their own index: only the entries read are
-// written, so nothing scales with the mesh.
+// same. Face normals go to the geometry pad at their own index, and visits are marked in
+// arrays that are not cleared per call: nothing here scales with the mesh.
 void Mesh::updateNormals(std::vector<int> const& touched)
 {
     std::size_t nf = faces.size();
@@ -364,24 +390,38 @@ void Mesh::updateNormals(std::vector<int> const& touched)
         std::size_t steps = 0;
         do {
             visit(int(edges[std::size_t(c)].face));
-            MeshEdge const& out = edges[std::size_t(edges[std::size_t(c)].e[1])];
-            c = out.half;
+            c = edges[std::size_t(edges[std::size_t(c)].e[1])].half;
         } while (c >= 0 && c != s && ++steps <= edges.size());
     };
+    static VisitMarks marks;
+    std::vector<uint32_t>& vertMark = marks.verts;
+    std::vector<uint32_t>& faceMark = marks.faces;
     std::vector<int> affected;
-    affected.reserve(touched.size() * 8);
+    affected.reserve(touched.size() * 2);
+    uint32_t round = marks.next(verts.size(), nf);
     for (int v : touched)
         eachFace(v, [&](int f) {
+            if (faceMark[std::size_t(f)] == round)
+                return;
+            faceMark[std::size_t(f)] = round;
             int s = faces[std::size_t(f)].edge, c = s;
             do {
-                affected.push_back(edges[std::size_t(c)].v[1]);
+                int u = edges[std::size_t(c)].v[1];
+                if (vertMark[std::size_t(u)] != round) {
+                    vertMark[std::size_t(u)] = round;
+                    affected.push_back(u);
+                }
                 c = edges[std::size_t(c)].e[1];
             } while (c != s);
         });
-    std::sort(affected.begin(), affected.end());
-    affected.erase(std::unique(affected.begin(), affected.end()), affected.end());
+    round = marks.next(verts.size(), nf);
     for (int v : affected)
-        eachFace(v, [&](int f) { normals[f] = Vector3<float>(calculatePreciseFaceNormal(f).normalize()); });
+        eachFace(v, [&](int f) {
+            if (faceMark[std::size_t(f)] != round) {
+                faceMark[std::size_t(f)] = round;
+                normals[f] = Vector3<float>(calculatePreciseFaceNormal(f).normalize());
+            }
+        });
     for (int v : affected)
         vertNormals(v, normals);
     dirtyBuffers |= 2u;
