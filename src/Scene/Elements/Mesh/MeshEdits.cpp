@@ -103,6 +103,9 @@ int Mesh::edgeSplit(int e, int start, int vertex)
     return m;
 }
 
+// Checked in place, carried out by rebuilding the faces over the joined vertices (as weld
+// does): simple and exact, linear in the mesh, and it keeps sharp flags and materials but
+// not per-corner UVs.
 bool Mesh::edgeCollapse(int e, int start, int keep)
 {
     if (e < 0 || std::size_t(e) >= edges.size())
