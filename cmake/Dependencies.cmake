@@ -21,3 +21,7 @@ target_link_libraries(vel_stb INTERFACE ${STB_LIBRARY})
 # GMP's rational numbers are the exact reference of the predicate tests.
 find_library(GMP_LIBRARY gmp REQUIRED)
 find_library(GMPXX_LIBRARY gmpxx REQUIRED)
+
+# CGAL (header-only) triangulates outlines; only src/Math/ComputationalGeometry.cpp includes it.
+find_package(CGAL REQUIRED)
+find_library(MPFR_LIBRARY mpfr REQUIRED)

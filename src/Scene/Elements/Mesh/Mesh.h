@@ -36,6 +36,7 @@
 // - connectivity repair, vertex flags, components, compaction ... MeshConnectivity.cpp
 // - normals and sharpness ......................................... MeshNormals.cpp
 // - subdivision, smoothing, welding, local edits ................. MeshOperations.cpp
+// - vertex splits, collapse, relaxing, merging, partial normals .. MeshEdits.cpp
 // - validation ................................................... MeshValidate.cpp
 // - file fields (DataSize, DataWrite, DataRead) .................. MeshData.cpp
 // - OBJ import and export ........................................ MeshFile.cpp
@@ -170,6 +171,13 @@ public:
     // The half-edge arriving at e's end vertex where e's smooth fan begins: the sharp or border
     // half-edge before e, or the vertex's `edge` when no sharp line passes the vertex.
     int edgeStart(int e) const;
+    // Walks and scans of MeshEdits.cpp. faceVerts1Edges: interleaved, the vertex each ring
+    // half-edge leaves, then that half-edge. vertEdgesActive and vertStartEdges scan the
+    // records (they hold where fans are broken, mid-edit): every active half-edge touching v,
+    // and every active half-edge leaving v, sorted.
+    std::vector<int> faceVerts1Edges(int f) const;
+    std::vector<int> vertEdgesActive(int v) const;
+    std::vector<int> vertStartEdges(int v) const;
     int findEdge(int from, int to) const;         // -1 when there is none
     int findFace(int from, int to) const;         // face of the half-edge from -> to, or -1
     int vertexOfRecord(MeshVert const& v) const;  // index of a vertex record by its `edge`
@@ -232,6 +240,51 @@ public:
     void faceFlip(int f);
     void flipNormals();
 
+    // ---- Local edits (MeshEdits.cpp) -----------------------------------------------------
+    // Each checks every precondition first: a refusal (-1 or false) leaves the mesh as it was.
+    //
+    // One-sided split: half-edge e (a -> b), which must start at `start`, becomes a -> m and
+    // a new half-edge m -> b placed after e in its ring; `vertex` is m (-1: a new vertex at
+    // the midpoint; else any vertex but a and b). The new half-edge inherits sharpness and
+    // takes e's corner data. Returns m. THE OPPOSITE SIDE IS THE CALLER'S: e's twin is not
+    // touched. When e had one, both halves of e's side are left unpaired (half -1) while the
+    // twin still names e, so the mesh is not valid until the caller splits the twin at the
+    // same m and pairs the four halves crosswise (edgeSplit(e, vertex) does exactly that;
+    // the booleans split many cuts per half-edge and repair the far face themselves). On a
+    // border half-edge the split is complete and the mesh stays valid.
+    int edgeSplit(int e, int start, int vertex);
+    // Joins the end of half-edge e (which must start at `start`) that is not `keep` into
+    // `keep`, which stays where it is; triangles on the edge vanish, larger faces lose a side.
+    // Refused when the result would not be a valid manifold: a vertex shared by both ends
+    // other than the tips of the removed triangles, a face holding both ends besides those
+    // of the edge, two border vertices joined across the inside, a removed triangle whose
+    // other two edges are both borders, or a tip left with two edges. Vertex and record
+    // indices are renumbered (the mesh is rebuilt); corner normals need a recompute.
+    bool edgeCollapse(int e, int start, int keep);
+    // Vertex split: the corners of v from `from` to `to` (half-edges arriving at v, in fan
+    // order, from != to; on a closed fan not all of them) move to a new vertex at v's
+    // position, joined to v by a new edge pair that widens the faces of `from` and `to` by
+    // one side each. Euler characteristic kept. Returns the new vertex.
+    int vertSplit(int v, int from, int to);
+    // Rip: the corners of v from `from` to `to` (fan order, may be equal) move to a new
+    // vertex at v's position, and the edges at both ends of that range open into borders.
+    // Refused when the range is the whole fan, or the far end of an opened edge is a border
+    // vertex (it would become non-manifold). Returns the new vertex.
+    int vertSeparate(int v, int from, int to);
+    // Tangential relaxation: the smoothed position (vertSmoothPosition) with its component
+    // along `normal` removed, so relaxing spreads vertices over the surface without
+    // shrinking it. Anchors stay.
+    Vector3<float> vertRelaxPosition(MeshVert const& v, Vector3<float> const& normal) const;
+    // Appends `other`'s faces, carried by M; other's vertex i becomes this mesh's vertex
+    // existing[i] where the map has it (so a cap closes onto a rim), else a new vertex. Then
+    // initialize(style).
+    void appendExisting(Mesh const* other, std::unordered_map<int, int> const& existing, TResizeStyle style,
+                        Matrix34<double> const& M);
+    // Corner normals of the touched vertices and of every vertex sharing a face with them,
+    // exactly as calculateNormals would leave them, in time proportional to that set. For
+    // strokes that move a few vertices of a large mesh.
+    void updateNormals(std::vector<int> const& touched);
+
     // ---- OBJ (MeshFile.cpp) -----------------------------------------------------------------
     bool loadOBJ(std::string const& path, bool reconstructSharp = true);
     bool loadOBJText(std::string const& text, bool reconstructSharp = true);
@@ -267,6 +320,46 @@ public:
     static std::unique_ptr<Mesh> Cone(int sides);
     static std::unique_ptr<Mesh> Capsule(int sides, int rings);
     static std::unique_ptr<Mesh> Gear(int teeth, float r0, float r1, float r2, float halfWidth, float bevel);
+    // A tube of `sides` around a helix of `turns` turns and `steps` steps per turn, capped;
+    // `radius` is the tube's, relative to the unit box it fills.
+    static std::unique_ptr<Mesh> Helix(int sides, int steps, float turns, float radius);
+    // A small closed mesh with every kind of record: quads and triangles, sharp lines, an
+    // anchor, a smooth patch (a box with a pyramid roof).
+    static std::unique_ptr<Mesh> Test();
+    // The corner of a box: three perpendicular quads about one anchor vertex, open.
+    static std::unique_ptr<Mesh> Trihedral();
+    // The box cut along a diagonal plane: a wedge of two triangles and three quads.
+    static std::unique_ptr<Mesh> HalfCube();
+    // Two half-spheres of radii r0 (bottom) and r1 (top), joined by a cone band, filling
+    // the unit height.
+    static std::unique_ptr<Mesh> BiCapsule(int sides, int rings, float r0, float r1);
+    // A width x depth grid of heights over the unit square (row by row, x fastest). An empty
+    // mesh, with a log line, when the heights do not fill the grid; non-finite heights read 0.
+    static std::unique_ptr<Mesh> Heightmap(std::vector<float> const& heights, int width, int depth);
+    // A closed outline near a plane, cleaned of repeated points and spikes, triangulated
+    // (constrained Delaunay, refined to 30 degrees with `quality`, boundary points only with
+    // `keepBoundary`), wound like the outline or against it with `flip`. Empty, with a log
+    // line, when the outline encloses nothing.
+    static std::unique_ptr<Mesh> FromPolygonTriangulation(std::deque<Vector3<double>> points, bool quality,
+                                                          bool keepBoundary, bool flip);
+
+    // ---- Slots of the buffer and sculpt levels (MeshEdits.cpp) -----------------------------
+    // Vertices of the triangle soup the buffers hold: three per triangle.
+    virtual int points_count() const;
+    // One sample of a stroke: phase 0 begin, 1 progress, 2 end. The brushes are not part of
+    // the kernel yet: a step checks its arguments and leaves the mesh as it is, so a stroke
+    // through this entry is a no-op rather than a partial edit.
+    virtual void sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase);
+    // Buffers of this level: none until the buffer class slots in (it answers 6).
+    virtual int vbos_count() const { return 0; }
+    virtual void reset_vaos() {}
+    virtual bool vbos_dirty() const { return dirtyBuffers != 0; }
+    virtual void set_vbos_dirty(bool dirty) { dirtyBuffers = dirty ? ~0u : 0u; }
+    virtual void reset_vbos() { dirtyBuffers = ~0u; }
+    // The smoothing target of one vertex for the smooth brush: an anchor stays; a smooth
+    // vertex goes to the mean of its ring; a sharp one to the mean of its neighbours along
+    // sharp or border edges, and stays when there are more than two (or none).
+    virtual Vector3<float> PointSculptSmooth(int v) const;
 
 private:
     // buildConnectivity; with `sharpFromNormals`, buildSharpness runs once pairs are known, so
@@ -279,6 +372,11 @@ private:
     void subdivideFaces(bool smooth, bool material);
     int rebuildOverVertices(std::vector<int> const& representative); // returns vertices split again
     std::unique_ptr<Mesh> extractFaces(bool byComponent, int number, bool withMaterial) const;
+    // Edits of MeshEdits.cpp: one side of a split (returns the new half-edge, halves not
+    // paired), and the arriving corners of v from `from` to `to` in fan order (empty when
+    // either is missing, or `to` precedes `from` on an open fan).
+    int splitHalfEdge(int e, int m, Pbr const& material);
+    std::vector<int> fanRange(int v, int from, int to, bool& wholeFan) const;
     int faceFromCorners(std::vector<int> const& indices, std::vector<bool> const* sharp,
                         std::vector<Pbr> const* mats, std::unordered_map<long, int> const* existing);
 };

@@ -6,8 +6,11 @@
 // - solids: Tetrahedron, Box, CubeHandle, Octahedron, Icosahedron, Dodecahedron, Sphere
 // - shapes of revolution: Cylinder, Cone, Capsule
 // - Gear
+// - Helix, Test, Trihedral, HalfCube, BiCapsule, Heightmap, FromPolygonTriangulation
 #include "Scene/Elements/Mesh/MeshGeometry.h"
 
+#include "Core/Communicate.h"
+#include "Math/ComputationalGeometry.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 
 #include <algorithm>
@@ -94,6 +97,47 @@ PointList circle(int sides, float radius, float z, float phase = 0)
         p.push_back({float(std::cos(a)) * radius, float(std::sin(a)) * radius, z});
     }
     return p;
+}
+
+// A closed surface of revolution about z from a profile of (radius, z) running from the top
+// pole to the bottom pole; the poles (radius 0) become single vertices.
+std::unique_ptr<Mesh> revolve(std::vector<std::pair<float, float>> const& profile, int sides)
+{
+    PointList p = {{0, 0, profile.front().second}};
+    std::vector<int> ringStart;
+    for (std::size_t k = 1; k + 1 < profile.size(); ++k) {
+        ringStart.push_back(int(p.size()));
+        PointList ring = circle(sides, profile[k].first, profile[k].second);
+        p.insert(p.end(), ring.begin(), ring.end());
+    }
+    int bottom = int(p.size());
+    p.push_back({0, 0, profile.back().second});
+    FaceList f;
+    for (int i = 0; i < sides; ++i) {
+        int j = (i + 1) % sides;
+        f.push_back({0, ringStart[0] + i, ringStart[0] + j});
+        for (std::size_t k = 0; k + 1 < ringStart.size(); ++k) {
+            int u = ringStart[k], l = ringStart[k + 1];
+            f.push_back({l + i, l + j, u + j, u + i});
+        }
+        int l = ringStart.back();
+        f.push_back({bottom, l + j, l + i});
+    }
+    return build(p, f, -1);
+}
+
+// Orients each face of a convex solid away from the solid's centroid.
+FaceList outwardAboutCentroid(PointList p, FaceList faces)
+{
+    Vector3<float> c;
+    for (auto const& v : p)
+        c += v;
+    c = c / float(p.size());
+    for (auto& v : p)
+        v -= c;
+    for (auto& f : faces)
+        f = outward(p, f);
+    return faces;
 }
 
 } // namespace
@@ -251,30 +295,14 @@ std::unique_ptr<Mesh> Mesh::Capsule(int sides, int rings)
     sides = std::max(sides, 3);
     rings = std::max(rings, 1);
     float r = 0.25f, h = 0.25f;
-    PointList p = {{0, 0, h + r}};
-    std::vector<int> ringStart;
+    std::vector<std::pair<float, float>> profile = {{0.f, h + r}};
     for (int j = 1; j <= 2 * rings; ++j) {
         int k = j <= rings ? j : j - 1; // the equator appears twice, at +h and -h
         double theta = PI / 2 * k / rings;
-        float z = float(r * std::cos(theta)) + (j <= rings ? h : -h);
-        ringStart.push_back(int(p.size()));
-        PointList ring = circle(sides, float(r * std::sin(theta)), z);
-        p.insert(p.end(), ring.begin(), ring.end());
+        profile.push_back({float(r * std::sin(theta)), float(r * std::cos(theta)) + (j <= rings ? h : -h)});
     }
-    int bottom = int(p.size());
-    p.push_back({0, 0, -h - r});
-    FaceList f;
-    for (int i = 0; i < sides; ++i) {
-        int j = (i + 1) % sides;
-        f.push_back({0, ringStart[0] + i, ringStart[0] + j});
-        for (std::size_t k = 0; k + 1 < ringStart.size(); ++k) {
-            int u = ringStart[k], l = ringStart[k + 1];
-            f.push_back({l + i, l + j, u + j, u + i});
-        }
-        int l = ringStart.back();
-        f.push_back({bottom, l + j, l + i});
-    }
-    return build(p, f, -1);
+    profile.push_back({0.f, -h - r});
+    return revolve(profile, sides);
 }
 
 // ---- Gear -------------------------------------------------------------------------------------
@@ -324,6 +352,161 @@ std::unique_ptr<Mesh> Mesh::Gear(int teeth, float r0, float r1, float r2, float 
         }
     }
     return build(p, f, 30);
+}
+
+// ---- more shapes ------------------------------------------------------------------------------
+
+// The centre line climbs from z = -0.5 + radius to 0.5 - radius on a circle of 0.5 - radius.
+// Each ring lies across the tangent t, in the frame (N radial, B = t x N), so that rings run
+// counter-clockwise about t and the side quads face outward.
+std::unique_ptr<Mesh> Mesh::Helix(int sides, int steps, float turns, float radius)
+{
+    sides = std::max(sides, 3);
+    steps = std::max(steps, 3);
+    turns = std::max(turns, 0.1f);
+    radius = std::min(std::max(radius, 0.01f), 0.2f);
+    int rings = std::max(2, int(std::ceil(double(steps) * turns)) + 1);
+    double R = 0.5 - radius, height = 1.0 - 2.0 * radius;
+    double sweep = 2 * PI * turns;
+    PointList p;
+    for (int i = 0; i < rings; ++i) {
+        double s = double(i) / (rings - 1), a = s * sweep;
+        Vector3<double> c(R * std::cos(a), R * std::sin(a), -0.5 + radius + s * height);
+        Vector3<double> t = Vector3<double>(-R * std::sin(a) * sweep, R * std::cos(a) * sweep, height).normalize();
+        Vector3<double> N(std::cos(a), std::sin(a), 0);
+        N = (N - t * t.dot(N)).normalize();
+        Vector3<double> B = t.cross(N);
+        for (int k = 0; k < sides; ++k) {
+            double phi = 2 * PI * k / sides;
+            p.push_back(Vector3<float>(c + (N * std::cos(phi) + B * std::sin(phi)) * double(radius)));
+        }
+    }
+    std::vector<Face> f;
+    std::vector<int> first, last;
+    for (int i = 0; i + 1 < rings; ++i)
+        for (int k = 0; k < sides; ++k) {
+            int l = (k + 1) % sides;
+            f.push_back({{i * sides + k, i * sides + l, (i + 1) * sides + l, (i + 1) * sides + k}, {}});
+        }
+    for (int k = 0; k < sides; ++k) {
+        first.push_back(sides - 1 - k);
+        last.push_back((rings - 1) * sides + k);
+    }
+    std::vector<bool> rim(std::size_t(sides), true);
+    f.push_back({first, rim});
+    f.push_back({last, rim});
+    return build(p, f);
+}
+
+// A box (z from -0.5 to 0.3) under a low pyramid roof: at 45 degrees the walls, the floor and
+// the eaves are sharp, the roof is one smooth patch, and the box corners are anchors.
+std::unique_ptr<Mesh> Mesh::Test()
+{
+    PointList p;
+    for (int i = 0; i < 8; ++i)
+        p.push_back({i & 1 ? 0.5f : -0.5f, i & 2 ? 0.5f : -0.5f, i & 4 ? 0.3f : -0.5f});
+    p.push_back({0, 0, 0.5f});
+    FaceList f = {{0, 2, 3, 1}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5},
+                  {4, 5, 8}, {5, 7, 8}, {7, 6, 8}, {6, 4, 8}};
+    return build(p, outwardAboutCentroid(p, f), 45);
+}
+
+std::unique_ptr<Mesh> Mesh::Trihedral()
+{
+    PointList p = {{-0.5f, -0.5f, -0.5f}, {0.5f, -0.5f, -0.5f}, {-0.5f, 0.5f, -0.5f}, {-0.5f, -0.5f, 0.5f},
+                   {0.5f, 0.5f, -0.5f},   {0.5f, -0.5f, 0.5f},  {-0.5f, 0.5f, 0.5f}};
+    FaceList f = {outward(p, {0, 1, 4, 2}), outward(p, {0, 3, 5, 1}), outward(p, {0, 2, 6, 3})};
+    return build(p, f, 30);
+}
+
+std::unique_ptr<Mesh> Mesh::HalfCube()
+{
+    PointList p = {{-0.5f, -0.5f, -0.5f}, {0.5f, -0.5f, -0.5f}, {0.5f, 0.5f, -0.5f},
+                   {-0.5f, 0.5f, -0.5f},  {-0.5f, -0.5f, 0.5f}, {-0.5f, 0.5f, 0.5f}};
+    FaceList f = {{0, 1, 2, 3}, {0, 3, 5, 4}, {1, 4, 5, 2}, {0, 1, 4}, {3, 2, 5}};
+    return build(p, outwardAboutCentroid(p, f), 30);
+}
+
+std::unique_ptr<Mesh> Mesh::BiCapsule(int sides, int rings, float r0, float r1)
+{
+    sides = std::max(sides, 3);
+    rings = std::max(rings, 1);
+    r0 = std::min(std::max(r0, 0.01f), 0.5f);
+    r1 = std::min(std::max(r1, 0.01f), 0.5f);
+    if (r0 + r1 > 0.9f) { // keep the two centres apart, so the equators stay distinct
+        float k = 0.9f / (r0 + r1);
+        r0 *= k;
+        r1 *= k;
+    }
+    float z1 = 0.5f - r1, z0 = -0.5f + r0;
+    std::vector<std::pair<float, float>> profile;
+    for (int k = 0; k <= rings; ++k) {
+        double theta = PI / 2 * k / rings;
+        profile.push_back({k == 0 ? 0.f : float(r1 * std::sin(theta)), float(z1 + r1 * std::cos(theta))});
+    }
+    for (int k = rings; k <= 2 * rings; ++k) {
+        double theta = PI / 2 * k / rings;
+        profile.push_back({k == 2 * rings ? 0.f : float(r0 * std::sin(theta)), float(z0 + r0 * std::cos(theta))});
+    }
+    return revolve(profile, sides);
+}
+
+std::unique_ptr<Mesh> Mesh::Heightmap(std::vector<float> const& heights, int width, int depth)
+{
+    if (width < 2 || depth < 2 || std::size_t(width) * std::size_t(depth) != heights.size()) {
+        LogInfo(QString("Heightmap: %1 heights do not fill a grid of %2 x %3 (at least 2 x 2).")
+                    .arg(heights.size())
+                    .arg(width)
+                    .arg(depth),
+                1);
+        return std::make_unique<Mesh>();
+    }
+    PointList p;
+    p.reserve(heights.size());
+    int bad = 0;
+    for (int j = 0; j < depth; ++j)
+        for (int i = 0; i < width; ++i) {
+            float h = heights[std::size_t(j) * std::size_t(width) + std::size_t(i)];
+            if (!std::isfinite(h)) {
+                h = 0;
+                ++bad;
+            }
+            p.push_back({float(i) / float(width - 1) - 0.5f, float(j) / float(depth - 1) - 0.5f, h});
+        }
+    if (bad > 0)
+        LogInfo(QString("Heightmap: %1 heights are not numbers; they read as 0.").arg(bad), 1);
+    FaceList f;
+    for (int j = 0; j + 1 < depth; ++j)
+        for (int i = 0; i + 1 < width; ++i) {
+            int a = j * width + i;
+            f.push_back({a, a + 1, a + width + 1, a + width});
+        }
+    return build(p, f, -1);
+}
+
+std::unique_ptr<Mesh> Mesh::FromPolygonTriangulation(std::deque<Vector3<double>> points, bool quality,
+                                                     bool keepBoundary, bool flip)
+{
+    auto m = std::make_unique<Mesh>();
+    ComputationalGeometry::clean_degenerate(points, 0.0001);
+    if (points.size() < 3) {
+        LogInfo("Polygon: the outline has fewer than three distinct points.", 1);
+        return m;
+    }
+    std::deque<Vector3<double>> out;
+    std::vector<int> triangles;
+    if (!ComputationalGeometry::triangulate(points, keepBoundary, quality, out, triangles))
+        return m;
+    for (auto const& q : out)
+        m->vertAdd(Vector3<float>(q));
+    for (std::size_t t = 0; t + 2 < triangles.size(); t += 3) {
+        int a = triangles[t], b = triangles[t + 1], c = triangles[t + 2];
+        if (flip)
+            std::swap(b, c);
+        m->faceFromIndices({a, b, c});
+    }
+    m->initialize(0);
+    return m;
 }
 
 } // namespace vel

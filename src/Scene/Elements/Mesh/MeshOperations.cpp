@@ -477,26 +477,9 @@ int Mesh::edgeSplitMaterial(int e, int vertex, Pbr const& material)
     int h = r.half;
     Vector3<float> midpoint = (verts[std::size_t(r.v[0])].position + verts[std::size_t(r.v[1])].position) * 0.5f;
     int m = vertex >= 0 ? vertex : vertAdd(midpoint);
-    bool sharp = r.is(MeshEdge::SHARP);
-
-    auto insertAfter = [&](int x) {
-        MeshEdge const old = edges[std::size_t(x)];
-        int y = edgeAdd(m, old.v[1], x, old.e[1], -1, old.face, sharp);
-        edges[std::size_t(old.e[1])].e[0] = y;
-        edges[std::size_t(x)].e[1] = y;
-        edges[std::size_t(x)].v[1] = m;
-        copyCorner(*this, y, x); // y now arrives where x did
-        if (hasPbr())
-            materials[std::size_t(x)] = material;
-        int end = old.v[1];
-        if (verts[std::size_t(end)].edge == x)
-            verts[std::size_t(end)].edge = y;
-        ++triangles;
-        return y;
-    };
-    int e2 = insertAfter(e);
+    int e2 = splitHalfEdge(e, m, material);
     if (h >= 0) {
-        int h2 = insertAfter(h);
+        int h2 = splitHalfEdge(h, m, material);
         edges[std::size_t(e)].half = h2;
         edges[std::size_t(h2)].half = e;
         edges[std::size_t(h)].half = e2;

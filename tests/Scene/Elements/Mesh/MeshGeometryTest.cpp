@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace vel {
 namespace {
 
@@ -41,6 +43,10 @@ TEST(MeshFactories, ClosedSolidsAreValidOutwardAndUnitSized)
         {"Gear", [] { return Mesh::Gear(8, 0.2f, 0.4f, 0.5f, 0.1f, 0); }, 16 * 6, 16 * 3 + 8 * 5 + 8, -1},
         {"Sphere", [] { return Mesh::Sphere(Mesh::CubeHandle(), 3); }, 386, 384, 0},
         {"Icosphere", [] { return Mesh::Sphere(Mesh::Icosahedron(), 2, 0, 1, 1); }, 162, 320, 0},
+        {"Helix", [] { return Mesh::Helix(6, 8, 1.5f, 0.1f); }, 6 * 13, 6 * 12 + 2, 12},
+        {"Test", &Mesh::Test, 9, 9, 12},
+        {"HalfCube", &Mesh::HalfCube, 6, 5, 9},
+        {"BiCapsule", [] { return Mesh::BiCapsule(8, 3, 0.3f, 0.1f); }, 2 + 8 * 6, 8 * 7, -1},
     };
     for (auto const& s : shapes) {
         SCOPED_TRACE(s.name);
@@ -98,6 +104,52 @@ TEST(MeshFactories, GearRaisesTeethAndBevelWidensTheTop)
     top = beveled->verts[2].position;
     bottom = beveled->verts[5].position;
     EXPECT_GT(top.x * top.x + top.y * top.y, bottom.x * bottom.x + bottom.y * bottom.y);
+}
+
+TEST(MeshFactories, OpenShapesAndOutlines)
+{
+    // An L-shaped outline, tilted out of every axis plane.
+    std::deque<Vector3<double>> outline;
+    Matrix3<double> tilt(Vector3<double>(0.8, 0.6, 0), Vector3<double>(-0.36, 0.48, 0.8), Vector3<double>(0.48, -0.64, 0.6));
+    for (auto [x, y] : {std::pair{0., 0.}, {2., 0.}, {2., 1.}, {1., 1.}, {1., 2.}, {0., 2.}})
+        outline.push_back(Vector3<double>(x, y, 0) * Matrix34<double>(tilt));
+    struct Case {
+        char const* name;
+        std::function<std::unique_ptr<Mesh>()> make;
+        std::size_t faces;
+        int borders; // border half-edges
+        Vector3<double> facing; // the summed face normal's direction
+    } cases[] = {
+        {"Trihedral", &Mesh::Trihedral, 3, 6, {-1, -1, -1}},
+        {"Heightmap", [] { return Mesh::Heightmap(std::vector<float>(12, 0.25f), 4, 3); }, 6, 10, {0, 0, 1}},
+        {"polygon", [&] { return Mesh::FromPolygonTriangulation(outline, false, false, false); }, 4, 6, tilt.row(2)},
+        {"polygon flipped", [&] { return Mesh::FromPolygonTriangulation(outline, false, true, true); }, 4, 6, tilt.row(2) * -1.0},
+        {"polygon refined", [&] { return Mesh::FromPolygonTriangulation(outline, true, false, false); }, 0, 0, tilt.row(2)},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto m = c.make();
+        EXPECT_MESH_VALID(*m);
+        EXPECT_EQ(m->repairs, 0u);
+        EXPECT_EQ(m->components, 1);
+        int borders = 0;
+        for (std::size_t i = 0; i < m->edges.size(); ++i)
+            borders += m->edges[i].half < 0;
+        if (c.faces > 0) {
+            EXPECT_EQ(m->faces.size(), c.faces);
+            EXPECT_EQ(borders, c.borders);
+        } else {
+            EXPECT_GT(m->faces.size(), 4u);
+        }
+        Vector3<double> n;
+        for (std::size_t f = 0; f < m->faces.size(); ++f)
+            n += m->calculatePreciseFaceNormal(int(f));
+        EXPECT_NEAR(n.normalize().dot(c.facing.normalize()), 1.0, 1e-9);
+    }
+    test::LogCapture log;
+    EXPECT_TRUE(Mesh::Heightmap({1, 2, 3}, 2, 2)->empty());
+    EXPECT_TRUE(Mesh::FromPolygonTriangulation({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, true, false, false)->empty());
+    EXPECT_EQ(log.entries.size(), 2u) << log.all().toStdString();
 }
 
 TEST(MeshGeometryHelpers, NewellNormalIsTwiceTheArea)
