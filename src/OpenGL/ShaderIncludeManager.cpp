@@ -1,6 +1,11 @@
 #include "OpenGL/ShaderIncludeManager.h"
 
+#include "Core/Communicate.h"
 #include "OpenGL/ShaderManager.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 
 #include <cstdlib>
 
@@ -36,6 +41,43 @@ int ShaderIncludeManager::IndexOf(std::string const& name)
     return int(value);
 }
 
+bool ShaderIncludeManager::ReadInclude(std::string const& path, std::string& text) const
+{
+    QString const name = QString::fromStdString(path);
+    if (name.isEmpty())
+        return false;
+    bool const resource = name.startsWith(QLatin1String(":/"));
+    if (!resource) {
+        QFileInfo info(name);
+        if (!info.exists())
+            return false; // left for the GLSL compiler to name
+        QString const file = info.canonicalFilePath();
+        bool inside = false;
+        for (std::string const& folder : folders) {
+            QString const root = QFileInfo(QString::fromStdString(folder)).canonicalFilePath();
+            if (!root.isEmpty() && file.startsWith(QDir(root).absolutePath() + QLatin1Char('/')))
+                inside = true;
+        }
+        if (!inside || !info.isFile()) {
+            LogInfo(QString("Shader include '%1' refused: only files inside the include folders are read.")
+                        .arg(name),
+                    2);
+            return false;
+        }
+    }
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return false;
+    // Read one byte past the limit, so that a file that grows or lies about its size is caught.
+    QByteArray const bytes = file.read(IncludeSizeLimit + 1);
+    if (bytes.size() > IncludeSizeLimit) {
+        LogInfo(QString("Shader include '%1' refused: larger than %2 bytes.").arg(name).arg(IncludeSizeLimit), 2);
+        return false;
+    }
+    text = bytes.toStdString();
+    return true;
+}
+
 std::string ShaderIncludeManager::AddFile(std::string const& name)
 {
     if (name.empty())
@@ -49,7 +91,8 @@ std::string ShaderIncludeManager::AddFile(std::string const& name)
     auto found = files.find(name);
     if (found != files.end())
         return found->second;
-    std::string text = ShaderManager::ReadFile(name);
+    std::string text;
+    ReadInclude(name, text);
     // An unreadable file is not remembered: it may appear later (a user saving a new header).
     if (!text.empty())
         files.emplace(name, text);
