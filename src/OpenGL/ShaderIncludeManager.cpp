@@ -3,8 +3,6 @@
 #include "Core/Communicate.h"
 #include "OpenGL/ShaderManager.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <cstdlib>
@@ -46,17 +44,19 @@ bool ShaderIncludeManager::ReadInclude(std::string const& path, std::string& tex
     QString const name = QString::fromStdString(path);
     if (name.isEmpty())
         return false;
-    bool const resource = name.startsWith(QLatin1String(":/"));
-    if (!resource) {
+    if (!name.startsWith(QLatin1String(":/"))) {
         QFileInfo info(name);
         if (!info.exists())
             return false; // left for the GLSL compiler to name
         QString const file = info.canonicalFilePath();
         bool inside = false;
         for (std::string const& folder : folders) {
-            QString const root = QFileInfo(QString::fromStdString(folder)).canonicalFilePath();
-            if (!root.isEmpty() && file.startsWith(QDir(root).absolutePath() + QLatin1Char('/')))
-                inside = true;
+            QString root = QFileInfo(QString::fromStdString(folder)).canonicalFilePath();
+            if (root.isEmpty())
+                continue; // a folder that does not exist holds nothing
+            if (!root.endsWith(QLatin1Char('/')))
+                root += QLatin1Char('/'); // "/inc" must not admit "/include/x"
+            inside = inside || file.startsWith(root);
         }
         if (!inside || !info.isFile()) {
             LogInfo(QString("Shader include '%1' refused: only files inside the include folders are read.")
@@ -65,17 +65,7 @@ bool ShaderIncludeManager::ReadInclude(std::string const& path, std::string& tex
             return false;
         }
     }
-    QFile file(name);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return false;
-    // Read one byte past the limit, so that a file that grows or lies about its size is caught.
-    QByteArray const bytes = file.read(IncludeSizeLimit + 1);
-    if (bytes.size() > IncludeSizeLimit) {
-        LogInfo(QString("Shader include '%1' refused: larger than %2 bytes.").arg(name).arg(IncludeSizeLimit), 2);
-        return false;
-    }
-    text = bytes.toStdString();
-    return true;
+    return ShaderManager::ReadFile(path, text);
 }
 
 std::string ShaderIncludeManager::AddFile(std::string const& name)

@@ -5,7 +5,7 @@
 // Shader::compile reads their includes itself, through the same ReadInclude.
 //
 // Only ":/" resources (the shipped headers under ":/shaders/Include/") and regular files
-// inside one of `folders` are read, each of at most IncludeSizeLimit bytes: a user's source
+// inside one of `folders` are read, each of at most ShaderManager::FileSizeLimit bytes: a user's source
 // naming "/dev/zero" or a huge file is refused with a log message, never read.
 #pragma once
 
@@ -25,8 +25,6 @@ public:
     std::unordered_map<std::string, std::string> files; // path -> text, of files read once
     std::deque<std::string> common;                     // the scene's common includes
     std::vector<std::string> folders;                   // folders whose files may be included
-
-    static constexpr long long IncludeSizeLimit = 4ll << 20; // bytes of one include file
 
     // The paths of the shipped include files, registered at construction.
     static std::vector<std::string> const& IncludeFiles();

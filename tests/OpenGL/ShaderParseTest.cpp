@@ -2,6 +2,7 @@
 #include "OpenGL/Resources.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderIncludeManager.h"
+#include "OpenGL/ShaderManager.h"
 
 #include <gtest/gtest.h>
 
@@ -112,8 +113,10 @@ TEST(ShaderParse, IncludesAreReadOnlyFromTheIncludeFoldersAndResources)
     InitResources();
     IncludeFolder folder;
     std::string stray = folder.write("../stray.glsl", "float stray;\n");
+    QDir().mkpath(QString::fromStdString(folder.path("../incx")));
+    std::string sibling = folder.write("../incx/sibling.glsl", "float sibling;\n"); // "inc" is no prefix
     ASSERT_EQ(symlink("/dev/zero", folder.path("zero.glsl").c_str()), 0);
-    std::string huge = folder.write("huge.glsl", std::string(size_t(ShaderIncludeManager::IncludeSizeLimit) + 1, ' '));
+    std::string huge = folder.write("huge.glsl", std::string(size_t(ShaderManager::FileSizeLimit) + 1, ' '));
     std::string fits = folder.write("fits.glsl", "float fits;\n");
 
     struct Case {
@@ -123,6 +126,7 @@ TEST(ShaderParse, IncludesAreReadOnlyFromTheIncludeFoldersAndResources)
     Case const cases[] = {{"/dev/zero", false},
                           {folder.path("zero.glsl"), false}, // a link out of the folder
                           {stray, false},
+                          {sibling, false},
                           {huge, false},
                           {"/no/such/file.glsl", false},
                           {fits, true},
