@@ -15,6 +15,20 @@ namespace vel {
 int Texture::GLActiveTexture = 0;
 Texture* Texture::UnitHolder[Texture::MaxUnits] = {};
 
+GLenum BindingOf(int target)
+{
+    switch (target) {
+    case GL_TEXTURE_3D:
+        return GL_TEXTURE_BINDING_3D;
+    case GL_TEXTURE_2D_ARRAY:
+        return GL_TEXTURE_BINDING_2D_ARRAY;
+    case GL_TEXTURE_CUBE_MAP:
+        return GL_TEXTURE_BINDING_CUBE_MAP;
+    default:
+        return GL_TEXTURE_BINDING_2D;
+    }
+}
+
 bool IsIntegerFormat(int format)
 {
     switch (format) {
@@ -93,16 +107,9 @@ void Texture::ResyncUnits()
         Texture* holder = UnitHolder[u];
         if (!holder)
             continue;
-        GLenum binding = GL_TEXTURE_BINDING_2D;
-        switch (holder->Target()) {
-        case GL_TEXTURE_3D: binding = GL_TEXTURE_BINDING_3D; break;
-        case GL_TEXTURE_2D_ARRAY: binding = GL_TEXTURE_BINDING_2D_ARRAY; break;
-        case GL_TEXTURE_CUBE_MAP: binding = GL_TEXTURE_BINDING_CUBE_MAP; break;
-        default: break;
-        }
         GLint name = 0;
         glActiveTexture(GLenum(GL_TEXTURE0 + u));
-        glGetIntegerv(binding, &name);
+        glGetIntegerv(BindingOf(holder->Target()), &name);
         if (unsigned(name) != holder->textureId) {
             holder->bound = false;
             UnitHolder[u] = nullptr;
@@ -373,14 +380,7 @@ unsigned Texture::beginUpload(int minFilter)
         nameStamp = ++stamps;
     }
     GLenum target = GLenum(Target());
-    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
-    GLint previous = 0;
-    glGetIntegerv(target == GL_TEXTURE_2D ? GL_TEXTURE_BINDING_2D
-                  : target == GL_TEXTURE_3D ? GL_TEXTURE_BINDING_3D
-                  : target == GL_TEXTURE_2D_ARRAY ? GL_TEXTURE_BINDING_2D_ARRAY
-                                                  : GL_TEXTURE_BINDING_CUBE_MAP,
-                  &previous);
-    glBindTexture(target, textureId);
+    unsigned previous = bindForUpload();
     // A linear filter leaves an integer texture incomplete: every fetch would read 0.
     bool integer = IsIntegerFormat(format);
     glTexParameteri(target, GL_TEXTURE_MIN_FILTER, integer ? GL_NEAREST : minFilter);
@@ -388,6 +388,15 @@ unsigned Texture::beginUpload(int minFilter)
     glTexParameteri(target, GL_TEXTURE_WRAP_S, wrap);
     glTexParameteri(target, GL_TEXTURE_WRAP_T, wrap);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1); // RGB rows of any width are tightly packed
+    return previous;
+}
+
+unsigned Texture::bindForUpload()
+{
+    GLint previous = 0;
+    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
+    glGetIntegerv(BindingOf(Target()), &previous);
+    glBindTexture(GLenum(Target()), textureId);
     return unsigned(previous);
 }
 

@@ -114,12 +114,16 @@ protected:
     // filters (`minFilter` for minification; nearest for an integer format, which can't be
     // filtered), the S and T wrap and tight unpacking. Returns what was bound at that unit.
     unsigned beginUpload(int minFilter);
-    // End of an upload: gives the unit back its binding from before beginUpload, ours or not.
+    // Binds the GL name at the next free unit, for an upload; returns what was bound there.
+    unsigned bindForUpload();
+    // End of an upload: gives the unit back its binding from before, ours or not.
     void endUpload(unsigned previous);
     // After compile: Compiled from glGetError, and the message on failure.
     bool finishCompile(char const* what);
 };
 
+// The glGet name of the binding of a texture target (GL_TEXTURE_2D: GL_TEXTURE_BINDING_2D).
+GLenum BindingOf(int target);
 // True for the pixel formats of integer textures (GL_RGBA_INTEGER ...).
 bool IsIntegerFormat(int format);
 // Channels of a pixel format (GL_RGB: 3), and bytes of a pixel type (GL_FLOAT: 4).

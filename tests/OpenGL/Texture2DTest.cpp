@@ -7,10 +7,14 @@
 #include "OpenGL/GLMachine.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/Texture2D.h"
+#include "OpenGL/Texture2DArray.h"
+#include "OpenGL/Texture3D.h"
+#include "OpenGL/TextureCube.h"
 
 #include <QTemporaryDir>
 
 #include <cstring>
+#include <memory>
 
 namespace vel::test {
 namespace {
@@ -184,15 +188,25 @@ TEST_F(Texture2DTest, UnitsAreHandedOutAsAStack)
 
 TEST_F(Texture2DTest, CompilingLeavesAForeignBindingInPlace)
 {
-    GLuint foreign = 0;
-    glGenTextures(1, &foreign);
-    glActiveTexture(GLenum(GL_TEXTURE0 + Texture::GLActiveTexture)); // the unit an upload borrows
-    glBindTexture(GL_TEXTURE_2D, foreign);
-    Texture2D t(2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    ASSERT_TRUE(t.compile());
-    EXPECT_EQ(BoundAt(Texture::GLActiveTexture), foreign);
-    glBindTexture(GL_TEXTURE_2D, 0);
-    glDeleteTextures(1, &foreign);
+    auto array = std::make_unique<Texture2DArray>();
+    array->resize(2, 2, 2);
+    std::unique_ptr<Texture> const kinds[] = {
+        std::make_unique<Texture2D>(2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE),
+        std::make_unique<Texture3D>(2, 2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE), std::move(array),
+        std::make_unique<TextureCube>(2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE)};
+    for (std::unique_ptr<Texture> const& t : kinds) {
+        SCOPED_TRACE(t->Target());
+        GLuint foreign = 0;
+        glGenTextures(1, &foreign);
+        glActiveTexture(GLenum(GL_TEXTURE0 + Texture::GLActiveTexture)); // the unit an upload borrows
+        glBindTexture(GLenum(t->Target()), foreign);
+        ASSERT_TRUE(t->compile());
+        GLint bound = 0;
+        glGetIntegerv(BindingOf(t->Target()), &bound);
+        EXPECT_EQ(unsigned(bound), foreign);
+        glBindTexture(GLenum(t->Target()), 0);
+        glDeleteTextures(1, &foreign);
+    }
 }
 
 TEST_F(Texture2DTest, MipMapsAverageTheLevelAbove)
