@@ -25,20 +25,32 @@ TEST(ShaderDefines, OneLinePerTokenWhateverTheBlanks)
     EXPECT_EQ(Shader::Defines("N=3"), "#define N=3\n");
 }
 
-TEST(ShaderParse, TextAheadOfTheFirstMarkerIsIgnored)
+TEST(ShaderParse, StagesAndOutputs)
 {
-    Shader::Stages s = Shader::Parse("garbage that is no GLSL\n##VERTEX\nvoid main() {}\n##FRAGMENT\nvoid main() {}\n",
-                                     "", "");
-    EXPECT_EQ(s.vertex, "#version 330 core\nvoid main() {}\n");
-    EXPECT_EQ(s.fragment, "#version 330 core\nvoid main() {}\n");
-    EXPECT_TRUE(s.outputs.empty());
-}
-
-TEST(ShaderParse, MarkersMayStandInsideALineAndAreNotCopied)
-{
-    Shader::Stages s = Shader::Parse("// ##VERTEX stage\na;\n##FRAGMENT\nb;\n", "", "");
-    EXPECT_EQ(s.vertex, "#version 330 core\na;\n");
-    EXPECT_EQ(s.fragment, "#version 330 core\nb;\n");
+    struct Case {
+        char const* text;
+        char const* vertex;
+        char const* fragment;
+        std::vector<std::string> outputs;
+    };
+    Case const cases[] = {
+        // Text ahead of the first marker is ignored.
+        {"garbage that is no GLSL\n##VERTEX\nv;\n##FRAGMENT\nf;\n", "v;\n", "f;\n", {}},
+        // Markers may stand inside a line, and are not copied.
+        {"// ##VERTEX stage\nv;\n##FRAGMENT\nf;\n", "v;\n", "f;\n", {}},
+        // A vertex-only source names its outputs in line order; qualified ones do not count.
+        {"##VERTEX\nout vec3 oPosition;\nflat out int oSkipped;\nsmooth out vec2 oAlso;\nout vec4 oColor;\n",
+         "out vec3 oPosition;\nflat out int oSkipped;\nsmooth out vec2 oAlso;\nout vec4 oColor;\n", "",
+         {"oPosition", "oColor"}},
+        // Out lines of the fragment stage are no outputs.
+        {"##VERTEX\nv;\n##FRAGMENT\nout vec4 oColor;\n", "v;\n", "out vec4 oColor;\n", {}},
+    };
+    for (Case const& c : cases) {
+        Shader::Stages s = Shader::Parse(c.text, "", "");
+        EXPECT_EQ(s.vertex, std::string("#version 330 core\n") + c.vertex) << c.text;
+        EXPECT_EQ(s.fragment, *c.fragment ? std::string("#version 330 core\n") + c.fragment : "") << c.text;
+        EXPECT_EQ(s.outputs, c.outputs) << c.text;
+    }
 }
 
 TEST(ShaderParse, TheVersionComesFirstThenTheDefinesPerStage)
@@ -58,21 +70,6 @@ TEST(ShaderParse, TheVersionComesFirstThenTheDefinesPerStage)
         EXPECT_EQ(s.vertex, c.vertex) << c.text;
         EXPECT_EQ(s.fragment, "#version 330 core\n#define B\n#define C\nf;\n") << c.text;
     }
-}
-
-TEST(ShaderParse, VertexOnlySourceNamesItsOutputsInLineOrder)
-{
-    Shader::Stages s = Shader::Parse("##VERTEX\nout vec3 oPosition;\nflat out int oSkipped;\n"
-                                     "smooth out vec2 oAlsoSkipped;\nout vec4 oColor;\nvoid main() {}\n",
-                                     "", "");
-    EXPECT_TRUE(s.fragment.empty());
-    EXPECT_EQ(s.outputs, (std::vector<std::string>{"oPosition", "oColor"}));
-}
-
-TEST(ShaderParse, OutLinesOfTheFragmentStageAreNoOutputs)
-{
-    Shader::Stages s = Shader::Parse("##VERTEX\nvoid main() {}\n##FRAGMENT\nout vec4 oColor;\n", "", "");
-    EXPECT_TRUE(s.outputs.empty());
 }
 
 // A temporary folder with an include folder "inc" in it, registered while alive.

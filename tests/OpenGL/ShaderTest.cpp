@@ -188,7 +188,7 @@ TEST_F(ShaderTest, ASteadyFrameAsksGLNoUniformLocation)
     }
 }
 
-TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCall)
+TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCallAndReplacingItEndsItsLearning)
 {
     Shared<Shader> a = ShaderManager::instance().FromText(Unique("mirrorA"));
     Shared<Shader> b = ShaderManager::instance().FromText(Unique("mirrorB"));
@@ -197,24 +197,17 @@ TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCall)
     GLCallCounter counter;
     ASSERT_TRUE(a->enable());
     ASSERT_TRUE(a->enable());
-    a->disable(); // disabling keeps the program in use
-    ASSERT_TRUE(a->enable());
     EXPECT_EQ(counter.useProgram(), 1);
-    ASSERT_TRUE(b->enable());
+    EXPECT_TRUE(a->learning);
+    ASSERT_TRUE(b->enable()); // a was never disabled
     EXPECT_EQ(counter.useProgram(), 2);
     EXPECT_EQ(Shader::Current, b.get());
     EXPECT_EQ(Shader::id, b->program);
-}
-
-TEST_F(ShaderTest, ReplacingTheCurrentShaderEndsItsLearning)
-{
-    Shared<Shader> a = ShaderManager::instance().FromText(Unique("replacedA"));
-    Shared<Shader> b = ShaderManager::instance().FromText(Unique("replacedB"));
-    ASSERT_TRUE(a->enable());
-    EXPECT_TRUE(a->learning);
-    ASSERT_TRUE(b->enable()); // a was never disabled
     EXPECT_FALSE(a->learning);
     EXPECT_TRUE(b->learning);
+    b->disable(); // disabling keeps the program in use
+    ASSERT_TRUE(b->enable());
+    EXPECT_EQ(counter.useProgram(), 2);
 }
 
 TEST_F(ShaderTest, DestroyingTheCurrentShaderClearsTheMirrors)
