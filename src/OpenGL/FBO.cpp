@@ -2,6 +2,8 @@
 
 #include "Core/Assert.h"
 
+#include <algorithm>
+
 namespace vel {
 
 unsigned FBO::DRAW_ID = 0;
@@ -10,14 +12,15 @@ unsigned FBO::READ_ID = 0;
 FBO::FBO(TDepthStencilType type, int width, int height, unsigned char samples)
     : DepthStencilType(type)
     , samples(samples)
-    , width(width)
-    , height(height)
+    , width(std::max(width, 1))
+    , height(std::max(height, 1))
 {
+    int const w = this->width, h = this->height;
     if (type == dsDepth)
-        attachments.emplace_back(new Texture2D(width, height, GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_FLOAT,
+        attachments.emplace_back(new Texture2D(w, h, GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_FLOAT,
                                                GL_CLAMP_TO_EDGE, GL_NEAREST));
     else if (type == dsDepthStencil)
-        attachments.emplace_back(new Texture2D(width, height, GL_DEPTH32F_STENCIL8, GL_DEPTH_STENCIL,
+        attachments.emplace_back(new Texture2D(w, h, GL_DEPTH32F_STENCIL8, GL_DEPTH_STENCIL,
                                                GL_FLOAT_32_UNSIGNED_INT_24_8_REV, GL_CLAMP_TO_EDGE, GL_NEAREST));
 }
 
@@ -64,10 +67,22 @@ Texture2D* FBO::color(int n) const
     return attachments[index].get();
 }
 
+bool FBO::stale() const
+{
+    if (attached.size() != attachments.size())
+        return true;
+    for (size_t i = 0; i < attachments.size(); ++i)
+        if (!attachments[i]->Compiled || attachments[i]->nameStamp != attached[i])
+            return true;
+    return false;
+}
+
 bool FBO::compile()
 {
-    if (Compiled)
+    if (Compiled && !stale())
         return true;
+    // Attached anew below: a sharer's resize may have remade an attachment.
+    Compiled = false;
     for (Shared<Texture2D> const& i : attachments)
         VEL_ASSERT(i->compile());
     if (framebuffer == 0)
@@ -85,6 +100,9 @@ bool FBO::compile()
         glFramebufferTexture2D(GL_FRAMEBUFFER, GLenum(point), GL_TEXTURE_2D, attachments[i]->textureId, 0);
         attachments[i]->attachment = point;
     }
+    attached.clear();
+    for (Shared<Texture2D> const& i : attachments)
+        attached.push_back(i->nameStamp);
     Compiled = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
     // Give the caller's bindings back: compiling may happen while another FBO is in use.
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, DRAW_ID);
@@ -149,7 +167,13 @@ void FBO::clear()
 
 bool FBO::resize(int newWidth, int newHeight)
 {
-    if (newWidth == width && newHeight == height)
+    newWidth = std::max(newWidth, 1);
+    newHeight = std::max(newHeight, 1);
+    // A shared attachment may have been resized through another FBO already.
+    bool unchanged = newWidth == width && newHeight == height;
+    for (Shared<Texture2D> const& i : attachments)
+        unchanged = unchanged && i->width() == newWidth && i->height() == newHeight;
+    if (unchanged)
         return false;
     clear();
     width = newWidth;

@@ -5,8 +5,12 @@
 // target, GL_COLOR_ATTACHMENT0 + n in deque order. Owners push their colour targets after
 // construction. Attachments are held by Shared, so two FBOs may share one (a new set of colour
 // targets over the depth of another); a resize of either then resizes the shared texture.
-// Resize sharing FBOs together, before enabling either: a resize deletes the shared texture,
-// which the other framebuffer would still name.
+// A resize deletes the shared texture's GL object, which the other framebuffer still names:
+// each FBO remembers the GL texture it attached (Texture::nameStamp) and attaches anew at its
+// next enable() when an attachment was remade or is not compiled, in whatever order the
+// sharers are resized and enabled.
+//
+// Sizes below 1 are taken as 1: a minimised window or a tiny view keeps a complete target.
 //
 // Bindings go through the mirrors DRAW_ID and READ_ID, so enabling an FBO that is already
 // bound costs no GL call.
@@ -17,6 +21,7 @@
 #include "OpenGL/Texture2D.h"
 
 #include <deque>
+#include <vector>
 
 namespace vel {
 
@@ -62,6 +67,11 @@ public:
     Texture2D* addColor(int internalFormat, int format, int type, int wrap = GL_CLAMP_TO_EDGE, int filter = GL_LINEAR);
     // The n-th colour target (after the depth attachment, if any).
     Texture2D* color(int n) const;
+
+private:
+    // True when an attachment is not compiled or is not the GL texture attached last.
+    bool stale() const;
+    std::vector<unsigned> attached; // Texture::nameStamp of each attachment when attached
 };
 
 } // namespace vel

@@ -23,4 +23,12 @@ extern GLState gl_Depth_Test;
 extern GLState gl_Cull_Face;
 extern GLState gl_Stencil_Test;
 
+// Reads real GL state back into every mirror: the program in use (Shader::id; Shader::Current
+// is dropped unless it owns that program), the draw and read framebuffers (FBO::DRAW_ID,
+// FBO::READ_ID), the three capabilities above, and the texture units (a texture whose unit
+// foreign code rebound is no longer bound; Texture::GLActiveTexture follows). Call it after
+// foreign code has drawn (the UI's renderer), whose GL calls bypass the mirrors. It changes no
+// GL state.
+void ResyncGLMirrors();
+
 } // namespace vel

@@ -2,11 +2,11 @@
 
 #include "Core/Assert.h"
 #include "OpenGL/LogMsg.h"
+#include "OpenGL/ShaderIncludeManager.h"
 
 #include <glad/gl.h>
 
-#include <QFile>
-
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <sstream>
@@ -54,17 +54,6 @@ std::string IncludePath(std::string const& line)
     return line.substr(first + 1, last - first - 1);
 }
 
-bool ReadWholeFile(std::string const& path, std::string& content)
-{
-    if (path.empty())
-        return false;
-    QFile file(QString::fromStdString(path));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return false;
-    content = file.readAll().toStdString();
-    return true;
-}
-
 // The name an `out` line of the vertex stage declares: behind the last blank, less the ';'.
 std::string OutputName(std::string line)
 {
@@ -76,10 +65,50 @@ std::string OutputName(std::string line)
     return line.substr(blank + 1, line.size() - blank - 2);
 }
 
-void AddVersion(std::string& stage)
+// A stage as it is built: its text and the origin of each of its lines.
+struct StageBuilder {
+    std::string text;
+    std::vector<Shader::Origin> lines;
+
+    void add(std::string const& line, Shader::Origin origin)
+    {
+        text += line;
+        text += '\n';
+        lines.push_back(origin);
+    }
+};
+
+bool IsVersionLine(std::string const& line)
 {
-    if (!Contains(stage, "#version"))
-        stage.insert(0, "#version 330 core\n");
+    size_t first = line.find_first_not_of(" \t");
+    return first != std::string::npos && line.compare(first, 8, "#version") == 0;
+}
+
+// The stage with its version line first ("#version 330 core" when it has none), then the
+// defines, then the rest in order.
+void Finish(StageBuilder& stage, std::string const& defines, std::string& text, std::vector<Shader::Origin>& lines)
+{
+    StageBuilder result;
+    size_t version = stage.lines.size();
+    std::istringstream body(stage.text);
+    std::vector<std::string> bodyLines;
+    for (std::string line; std::getline(body, line);) {
+        if (version == stage.lines.size() && IsVersionLine(line))
+            version = bodyLines.size();
+        bodyLines.push_back(line);
+    }
+    if (version < bodyLines.size())
+        result.add(bodyLines[version], stage.lines[version]);
+    else
+        result.add("#version 330 core", {-1, 0});
+    std::istringstream defineLines(defines);
+    for (std::string line; std::getline(defineLines, line);)
+        result.add(line, {-1, 0});
+    for (size_t i = 0; i < bodyLines.size(); ++i)
+        if (i != version)
+            result.add(bodyLines[i], stage.lines[i]);
+    text = std::move(result.text);
+    lines = std::move(result.lines);
 }
 
 } // namespace
@@ -95,13 +124,15 @@ std::string Shader::Defines(std::string const& list)
 }
 
 Shader::Stages Shader::Parse(std::string const& text, std::string const& vertexDefines,
-                             std::string const& fragmentDefines)
+                             std::string const& fragmentDefines, std::string const& name)
 {
     enum { None, Vertex, Fragment } stage = None;
     Stages result;
+    result.files.push_back(name.empty() ? "source" : name);
+    StageBuilder vertex, fragment;
     std::istringstream lines(text);
     std::string line;
-    while (std::getline(lines, line)) {
+    for (int number = 1; std::getline(lines, line); ++number) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         if (Contains(line, "##VERTEX")) {
@@ -114,29 +145,108 @@ Shader::Stages Shader::Parse(std::string const& text, std::string const& vertexD
         }
         if (stage == None)
             continue;
-        std::string& buffer = stage == Vertex ? result.vertex : result.fragment;
-        if (Contains(line, "#include")) {
-            std::string content;
-            if (ReadWholeFile(IncludePath(line), content))
-                buffer += content + "\n";
-            else
-                buffer += line + "\n"; // left for the GLSL compiler to reject
+        StageBuilder& buffer = stage == Vertex ? vertex : fragment;
+        std::string content;
+        std::string path = IncludePath(line);
+        if (Contains(line, "#include") && ShaderIncludeManager::instance().ReadInclude(path, content)) {
+            int file = int(result.files.size());
+            result.files.push_back(path);
+            std::istringstream included(content + "\n");
+            int includedNumber = 1;
+            for (std::string includedLine; std::getline(included, includedLine); ++includedNumber)
+                buffer.add(includedLine, {file, includedNumber});
             continue;
         }
-        buffer += line + "\n";
+        // A refused or missing include stays, for the GLSL compiler to reject.
+        buffer.add(line, {0, number});
         if (stage == Vertex && line.compare(0, 4, "out ") == 0) {
             std::string output = OutputName(line);
             if (!output.empty())
                 result.outputs.push_back(output);
         }
     }
-    result.vertex.insert(0, Defines(vertexDefines));
-    AddVersion(result.vertex);
-    if (!result.fragment.empty()) {
-        result.fragment.insert(0, Defines(fragmentDefines));
-        AddVersion(result.fragment);
-    }
+    Finish(vertex, Defines(vertexDefines), result.vertex, result.vertexLines);
+    if (!fragment.text.empty())
+        Finish(fragment, Defines(fragmentDefines), result.fragment, result.fragmentLines);
     return result;
+}
+
+namespace {
+
+// The place a GL log line starts with: "0:12(5): error" (Mesa) or "0(12) : error" (NVIDIA).
+// `begin` and `end` delimit the line number; false when the line has no such place.
+bool LogPlace(std::string const& line, size_t& begin, size_t& end)
+{
+    size_t at = line.find_first_not_of("0123456789");
+    if (at == 0 || at == std::string::npos || (line[at] != ':' && line[at] != '('))
+        return false;
+    begin = at + 1;
+    end = line.find_first_not_of("0123456789", begin);
+    return end != std::string::npos && end > begin;
+}
+
+// The origin of the 1-based stage line `number`, or null.
+Shader::Origin const* OriginOf(std::vector<Shader::Origin> const& lines, long number)
+{
+    return number >= 1 && number <= long(lines.size()) ? &lines[size_t(number - 1)] : nullptr;
+}
+
+std::string Place(std::vector<std::string> const& files, Shader::Origin const& origin)
+{
+    if (origin.file < 0)
+        return "(inserted)";
+    return files[size_t(origin.file)] + ":" + std::to_string(origin.line);
+}
+
+} // namespace
+
+std::string Shader::Stages::mapLog(std::string const& log, std::vector<Origin> const& lines) const
+{
+    std::string out;
+    std::istringstream logLines(log);
+    for (std::string line; std::getline(logLines, line);) {
+        size_t begin = 0, end = 0;
+        Origin const* origin = nullptr;
+        if (LogPlace(line, begin, end))
+            origin = OriginOf(lines, std::strtol(line.c_str() + begin, nullptr, 10));
+        if (origin && origin->file >= 0) {
+            std::string const& file = files[size_t(origin->file)];
+            bool nvidia = line[begin - 1] == '(';
+            out += file + (nvidia ? "(" : ":") + std::to_string(origin->line) + line.substr(end);
+        } else {
+            out += line;
+        }
+        out += '\n';
+    }
+    return out;
+}
+
+std::string Shader::Stages::listing(std::string const& source, std::vector<Origin> const& lines,
+                                    std::string const& log) const
+{
+    std::multimap<long, std::string> notes;
+    std::istringstream logLines(log);
+    for (std::string line; std::getline(logLines, line);) {
+        if (line.empty())
+            continue;
+        size_t begin = 0, end = 0;
+        long number = LogPlace(line, begin, end) ? std::strtol(line.c_str() + begin, nullptr, 10) : -1;
+        notes.emplace(OriginOf(lines, number) ? number : -1, mapLog(line, lines));
+    }
+    std::string out;
+    std::istringstream sourceLines(source);
+    std::string line;
+    for (long number = 1; std::getline(sourceLines, line); ++number) {
+        Origin const* origin = OriginOf(lines, number);
+        out += (origin ? Place(files, *origin) : std::string("?")) + "\t" + line + "\n";
+        auto range = notes.equal_range(number);
+        for (auto i = range.first; i != range.second; ++i)
+            out += "  >>> " + i->second;
+        notes.erase(range.first, range.second);
+    }
+    for (auto const& note : notes)
+        out += note.second;
+    return out;
 }
 
 // ------------------------------------------------------------------------------------------
@@ -210,49 +320,14 @@ std::string ProgramLog(unsigned program)
     return log;
 }
 
-// The source line a log line speaks of: "0:12(5): error" (Mesa) or "0(12) : error" (NVIDIA).
-int LogLineNumber(std::string const& line)
-{
-    size_t at = line.find_first_of(":(");
-    if (at == std::string::npos || at == 0 || line.find_first_not_of("0123456789") != at)
-        return -1;
-    int number = 0;
-    size_t i = at + 1;
-    if (i >= line.size() || !isdigit(static_cast<unsigned char>(line[i])))
-        return -1;
-    for (; i < line.size() && isdigit(static_cast<unsigned char>(line[i])); ++i)
-        number = number * 10 + (line[i] - '0');
-    return number;
-}
-
-// The numbered source with each log line placed under the line it names.
-std::string Listing(std::string const& source, std::string const& log)
-{
-    std::multimap<int, std::string> notes;
-    std::istringstream logLines(log);
-    std::string line;
-    while (std::getline(logLines, line))
-        if (!line.empty())
-            notes.emplace(LogLineNumber(line), line);
-    std::string out;
-    std::istringstream sourceLines(source);
-    for (int number = 1; std::getline(sourceLines, line); ++number) {
-        out += std::to_string(number) + "\t" + line + "\n";
-        auto range = notes.equal_range(number);
-        for (auto i = range.first; i != range.second; ++i)
-            out += "  >>> " + i->second + "\n";
-        notes.erase(range.first, range.second);
-    }
-    for (auto const& note : notes)
-        out += note.second + "\n";
-    return out;
-}
-
 } // namespace
 
-bool Shader::buildStage(unsigned type, std::string const& source, bool report,
-                        std::unordered_map<int, std::string>* errors, int errorSlot)
+bool Shader::buildStage(unsigned type, Stages const& stages, bool report,
+                        std::unordered_map<int, std::string>* errors)
 {
+    bool vertex = type == GL_VERTEX_SHADER;
+    std::string const& source = vertex ? stages.vertex : stages.fragment;
+    std::vector<Origin> const& lines = vertex ? stages.vertexLines : stages.fragmentLines;
     GLuint shader = glCreateShader(type);
     VEL_ASSERT(shader != 0);
     char const* sources[] = {source.c_str()};
@@ -267,18 +342,29 @@ bool Shader::buildStage(unsigned type, std::string const& source, bool report,
     }
     std::string log = ShaderLog(shader);
     if (report)
-        logmsg("ERROR " + name + (type == GL_VERTEX_SHADER ? " vertex\n" : " fragment\n") + Listing(source, log));
+        logmsg("ERROR " + name + (vertex ? " vertex\n" : " fragment\n") + stages.listing(source, lines, log));
     if (errors)
-        (*errors)[errorSlot] = log;
+        (*errors)[vertex ? 0 : 1] = stages.mapLog(log, lines);
     glDeleteShader(shader); // never attached: nothing else refers to it
     return false;
 }
 
 bool Shader::build(bool report, std::unordered_map<int, std::string>* errors)
 {
+    // A map the editor reuses must not show the logs of an earlier attempt.
+    if (errors)
+        for (int slot : {0, 1, 2})
+            errors->erase(slot);
     if (Compiled)
         return true;
-    VEL_ASSERT(!text.empty());
+    // A user's text may come out of simplification empty (only comments): that is a failed
+    // compile, never an end of the program.
+    if (text.empty()) {
+        if (errors)
+            (*errors)[0] = "The shader source holds no code.";
+        logmsg("ERROR Shader::compile " + name + ": the source holds no code");
+        return false;
+    }
     glGetError();
     // A program left from an earlier failed attempt is of no use: drop it with its objects.
     if (program != 0) {
@@ -290,10 +376,10 @@ bool Shader::build(bool report, std::unordered_map<int, std::string>* errors)
     program = glCreateProgram();
     VEL_ASSERT(program != 0);
 
-    Stages stages = Parse(text, vertexDefines, fragmentDefines);
-    bool failed = !buildStage(GL_VERTEX_SHADER, stages.vertex, report, errors, 0);
+    Stages stages = Parse(text, vertexDefines, fragmentDefines, name);
+    bool failed = !buildStage(GL_VERTEX_SHADER, stages, report, errors);
     if (!stages.fragment.empty()) {
-        failed = !buildStage(GL_FRAGMENT_SHADER, stages.fragment, report, errors, 1) || failed;
+        failed = !buildStage(GL_FRAGMENT_SHADER, stages, report, errors) || failed;
     } else {
         std::vector<char const*> names;
         for (std::string const& output : stages.outputs)
@@ -325,7 +411,8 @@ bool Shader::build(bool report, std::unordered_map<int, std::string>* errors)
 
 bool Shader::enable()
 {
-    if (id != 0 && id == program)
+    // Current is part of the test: after a resync it may be gone while id still names us.
+    if (id != 0 && id == program && Current == this)
         return true;
     if (!compile())
         return false;

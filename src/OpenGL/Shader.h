@@ -7,10 +7,12 @@
 //
 // Source format. One text holds both stages: a line containing "##VERTEX" starts the vertex
 // stage, one containing "##FRAGMENT" the fragment stage; text ahead of the first marker is
-// ignored. A line containing `#include "path"` is replaced by the whole file (through QFile,
-// so ":/" resources work; one level only, an include inside an included file stays as it
-// is). Defines are bare macro names, written as "#define NAME" ahead of the stage. A stage
-// without "#version" gets "#version 330 core" in front of everything. A text without a
+// ignored. A line containing `#include "path"` is replaced by the whole file (":/" resources
+// and the include folders only, see ShaderIncludeManager; one level only, an include inside
+// an included file stays as it is). A stage begins with its own "#version" line, moved to the
+// front, or "#version 330 core"; the defines, bare macro names written as "#define NAME",
+// follow it (GLSL wants the version first). A line map keeps where each line came from, so
+// that compile logs name the file and line of the user's text or of the include. A text without a
 // fragment stage is a transform-feedback program: the vertex stage's lines that begin with
 // exactly "out " name its outputs, captured in line order into separate buffers.
 //
@@ -40,15 +42,33 @@ namespace vel {
 class Shader : public GLAtom {
 public:
     // ---- source format
+    // Where a line of a stage source comes from: line `line` (from 1) of `Stages::files[file]`,
+    // or, with `file` -1, a line the parse inserted ("#version", a define).
+    struct Origin {
+        int file;
+        int line;
+    };
     struct Stages {
         std::string vertex;               // complete vertex source: "#version", defines, text
         std::string fragment;             // empty for a transform-feedback program
         std::vector<std::string> outputs; // transform-feedback varyings, in line order
+        std::vector<std::string> files;   // the shader's own text (its name), then each include
+        std::vector<Origin> vertexLines;  // the origin of each line of `vertex`
+        std::vector<Origin> fragmentLines;
+
+        // Each "0:12(5)" (Mesa) or "0(12)" (NVIDIA) place of a GL info log of a stage written
+        // as the file and line it names, e.g. "Math.glsl:3(5)".
+        std::string mapLog(std::string const& log, std::vector<Origin> const& lines) const;
+        // The stage's lines, each behind its place, with each mapped log note right under
+        // the line it speaks of; notes without a line come last.
+        std::string listing(std::string const& source, std::vector<Origin> const& lines,
+                            std::string const& log) const;
     };
 
-    // The stage sources of `text` as compile() hands them to GL; makes no GL call.
+    // The stage sources of `text` as compile() hands them to GL; makes no GL call. `name`
+    // stands for the text itself in the line map.
     static Stages Parse(std::string const& text, std::string const& vertexDefines,
-                        std::string const& fragmentDefines);
+                        std::string const& fragmentDefines, std::string const& name = {});
     // "#define TOKEN\n" for each blank-separated token of `list`.
     static std::string Defines(std::string const& list);
 
@@ -104,8 +124,9 @@ public:
     void disable() override;
     // `report` adds the stage info logs, beside the source lines, to logmsg.
     virtual bool compile(bool report);
-    // For the shader editors: errors[0] vertex log, errors[1] fragment log, errors[2] link log
-    // ("" after a successful link). A failed stage skips linking.
+    // For the shader editors: errors[0] vertex log, errors[1] fragment log, each place mapped to
+    // its file and line, errors[2] link log ("" after a successful link). Earlier entries of
+    // the three slots are dropped first. A failed stage skips linking.
     virtual bool compile(std::unordered_map<int, std::string>& errors);
 
     // The cached location of `uniform`; asks GL while learning.
@@ -143,8 +164,8 @@ private:
     // The one build path of both compile() forms; `errors` may be null.
     bool build(bool report, std::unordered_map<int, std::string>* errors);
     // Compiles one stage; attaches it on success. False on failure.
-    bool buildStage(unsigned type, std::string const& source, bool report,
-                    std::unordered_map<int, std::string>* errors, int errorSlot);
+    bool buildStage(unsigned type, Stages const& stages, bool report,
+                    std::unordered_map<int, std::string>* errors);
     // Location for a write, or -1 when the name is unknown to the current program.
     static int Location(std::string const& uniform);
 };

@@ -1,6 +1,9 @@
 #include "OpenGL/ShaderIncludeManager.h"
 
+#include "Core/Communicate.h"
 #include "OpenGL/ShaderManager.h"
+
+#include <QFileInfo>
 
 #include <cstdlib>
 
@@ -36,6 +39,35 @@ int ShaderIncludeManager::IndexOf(std::string const& name)
     return int(value);
 }
 
+bool ShaderIncludeManager::ReadInclude(std::string const& path, std::string& text) const
+{
+    QString const name = QString::fromStdString(path);
+    if (name.isEmpty())
+        return false;
+    if (!name.startsWith(QLatin1String(":/"))) {
+        QFileInfo info(name);
+        if (!info.exists())
+            return false; // left for the GLSL compiler to name
+        QString const file = info.canonicalFilePath();
+        bool inside = false;
+        for (std::string const& folder : folders) {
+            QString root = QFileInfo(QString::fromStdString(folder)).canonicalFilePath();
+            if (root.isEmpty())
+                continue; // a folder that does not exist holds nothing
+            if (!root.endsWith(QLatin1Char('/')))
+                root += QLatin1Char('/'); // "/inc" must not admit "/include/x"
+            inside = inside || file.startsWith(root);
+        }
+        if (!inside || !info.isFile()) {
+            LogInfo(QString("Shader include '%1' refused: only files inside the include folders are read.")
+                        .arg(name),
+                    2);
+            return false;
+        }
+    }
+    return ShaderManager::ReadFile(path, text);
+}
+
 std::string ShaderIncludeManager::AddFile(std::string const& name)
 {
     if (name.empty())
@@ -49,7 +81,8 @@ std::string ShaderIncludeManager::AddFile(std::string const& name)
     auto found = files.find(name);
     if (found != files.end())
         return found->second;
-    std::string text = ShaderManager::ReadFile(name);
+    std::string text;
+    ReadInclude(name, text);
     // An unreadable file is not remembered: it may appear later (a user saving a new header).
     if (!text.empty())
         files.emplace(name, text);

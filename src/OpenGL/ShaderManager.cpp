@@ -1,6 +1,7 @@
 #include "OpenGL/ShaderManager.h"
 
 #include "Core/Assert.h"
+#include "Core/Communicate.h"
 #include "OpenGL/ShaderIncludeManager.h"
 #include "OpenGL/SimplifiedString.h"
 
@@ -32,10 +33,27 @@ std::string ShaderManager::Path(std::string const& name)
 
 std::string ShaderManager::ReadFile(std::string const& path)
 {
+    std::string text;
+    ReadFile(path, text);
+    return text;
+}
+
+bool ShaderManager::ReadFile(std::string const& path, std::string& text)
+{
     QFile file(QString::fromStdString(path));
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return {};
-    return file.readAll().toStdString();
+        return false;
+    // One byte past the limit, so that a file that grows or has no size (a device) is caught.
+    QByteArray const bytes = file.read(FileSizeLimit + 1);
+    if (bytes.size() > FileSizeLimit) {
+        LogInfo(QString("Shader file '%1' refused: larger than %2 bytes.")
+                    .arg(QString::fromStdString(path))
+                    .arg(FileSizeLimit),
+                2);
+        return false;
+    }
+    text = bytes.toStdString();
+    return true;
 }
 
 std::string ShaderManager::Key(std::string const& simplified, std::string const& vert_defs,

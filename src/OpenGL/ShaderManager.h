@@ -52,6 +52,10 @@ public:
     static std::string Path(std::string const& name);
     // The whole file, through QFile in text mode; "" when it can't be read.
     static std::string ReadFile(std::string const& path);
+    // The same, false when the file can't be opened or holds more than FileSizeLimit bytes
+    // (refused with a log message: a device or a huge file is never read whole).
+    static bool ReadFile(std::string const& path, std::string& text);
+    static constexpr long long FileSizeLimit = 4ll << 20;
 
     // Drops the built-in members and the cache, with their GL objects: call while the
     // context is current, before it goes.

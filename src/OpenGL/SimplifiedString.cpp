@@ -1,7 +1,5 @@
 #include "OpenGL/SimplifiedString.h"
 
-#include <QStringList>
-
 #include <algorithm>
 
 namespace vel {
@@ -28,32 +26,102 @@ void RemoveSections(QString& text, QString const& start, QString const& end)
         from = std::max(0, from - int(start.size()) + 1);
 }
 
+namespace {
+
+bool IsBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\v' || c == '\f';
+}
+
+// Appends the code of one line, blanks collapsed and trimmed, to `out` unless it is empty.
+class LineWriter {
+public:
+    explicit LineWriter(std::string& out)
+        : out(out)
+        , lineStart(out.size())
+    {
+    }
+    void code(char c)
+    {
+        if (IsBlank(c)) {
+            pendingBlank = out.size() > lineStart;
+            return;
+        }
+        if (pendingBlank)
+            out += ' ';
+        pendingBlank = false;
+        out += c;
+    }
+    void blank()
+    {
+        pendingBlank = out.size() > lineStart;
+    }
+    void endLine()
+    {
+        if (out.size() > lineStart)
+            out += '\n';
+        lineStart = out.size();
+        pendingBlank = false;
+    }
+
+private:
+    std::string& out;
+    size_t lineStart;
+    bool pendingBlank = false;
+};
+
+} // namespace
+
 std::string SimplifiedString(std::string const& source)
 {
-    // A line feed becomes two, so that a line comment, which is removed together with its
-    // end marker, still leaves a line break behind.
-    QString text;
-    text.reserve(int(source.size() * 2));
-    for (QChar c : QString::fromStdString(source)) {
-        if (c == QLatin1Char('\r'))
-            text += QLatin1Char('\n');
-        else if (c == QLatin1Char('\n'))
-            text += QLatin1String("\n\n");
-        else
-            text += c;
-    }
-    RemoveSections(text, QStringLiteral("//"), QStringLiteral("\n"));
-    RemoveSections(text, QStringLiteral("/*"), QStringLiteral("*/"));
-
+    enum { Code, Quoted, LineComment, BlockComment } state = Code;
     std::string result;
     result.reserve(source.size());
-    for (QString const& line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        QString simple = line.simplified();
-        if (simple.isEmpty() || simple == QLatin1String(" "))
+    LineWriter line(result);
+    size_t const n = source.size();
+    for (size_t i = 0; i < n; ++i) {
+        char c = source[i];
+        if ((c == '\n' || c == '\r') && state != BlockComment) {
+            if (c == '\r' && i + 1 < n && source[i + 1] == '\n')
+                ++i;
+            state = Code;
+            line.endLine();
             continue;
-        result += simple.toStdString();
-        result += '\n';
+        }
+        char next = i + 1 < n ? source[i + 1] : '\0';
+        switch (state) {
+        case Code:
+            if (c == '/' && next == '/') {
+                state = LineComment;
+                ++i;
+            } else if (c == '/' && next == '*') {
+                state = BlockComment;
+                ++i;
+            } else {
+                if (c == '"')
+                    state = Quoted;
+                line.code(c);
+            }
+            break;
+        case Quoted:
+            if (c == '"')
+                state = Code;
+            line.code(c);
+            break;
+        case LineComment:
+            break;
+        case BlockComment:
+            // Line breaks inside stay comment: the comment is one blank, as the preprocessor
+            // sees it, so a directive around it keeps its one line.
+            if (c == '*' && next == '/') {
+                state = Code;
+                ++i;
+                line.blank();
+            }
+            break;
+        }
     }
+    line.endLine();
     return result;
 }
 

@@ -17,6 +17,10 @@ int RemoveSection(QString& text, QString const& start, QString const& end, int f
 // RemoveSection repeated until `start` no longer occurs.
 void RemoveSections(QString& text, QString const& start, QString const& end);
 
+// One pass over the text, aware of both comment kinds at once: a "//" inside a block comment
+// or a "/*" inside a line comment is comment text, not a marker. A line comment ends at "\n",
+// "\r" or "\r\n" and leaves the line break; a block comment stands for one blank. Markers
+// inside double quotes (an include path) are text.
 std::string SimplifiedString(std::string const& text);
 
 } // namespace vel

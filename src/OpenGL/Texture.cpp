@@ -13,6 +13,36 @@
 namespace vel {
 
 int Texture::GLActiveTexture = 0;
+Texture* Texture::UnitHolder[Texture::MaxUnits] = {};
+
+GLenum BindingOf(int target)
+{
+    switch (target) {
+    case GL_TEXTURE_3D:
+        return GL_TEXTURE_BINDING_3D;
+    case GL_TEXTURE_2D_ARRAY:
+        return GL_TEXTURE_BINDING_2D_ARRAY;
+    case GL_TEXTURE_CUBE_MAP:
+        return GL_TEXTURE_BINDING_CUBE_MAP;
+    default:
+        return GL_TEXTURE_BINDING_2D;
+    }
+}
+
+bool IsIntegerFormat(int format)
+{
+    switch (format) {
+    case GL_RED_INTEGER:
+    case GL_RG_INTEGER:
+    case GL_RGB_INTEGER:
+    case GL_BGR_INTEGER:
+    case GL_RGBA_INTEGER:
+    case GL_BGRA_INTEGER:
+        return true;
+    default:
+        return false;
+    }
+}
 
 int FormatChannels(int format)
 {
@@ -53,8 +83,40 @@ int TypeBytes(int type)
 
 Texture::~Texture()
 {
+    if (bound && UnitHolder[unit] == this) {
+        UnitHolder[unit] = nullptr;
+        GLActiveTexture = HeldUnits();
+    }
     if (textureId != 0)
         glDeleteTextures(1, &textureId);
+}
+
+int Texture::HeldUnits()
+{
+    int top = MaxUnits;
+    while (top > 0 && !UnitHolder[top - 1])
+        --top;
+    return top;
+}
+
+void Texture::ResyncUnits()
+{
+    GLint active = GL_TEXTURE0;
+    glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
+    for (int u = 0; u < MaxUnits; ++u) {
+        Texture* holder = UnitHolder[u];
+        if (!holder)
+            continue;
+        GLint name = 0;
+        glActiveTexture(GLenum(GL_TEXTURE0 + u));
+        glGetIntegerv(BindingOf(holder->Target()), &name);
+        if (unsigned(name) != holder->textureId) {
+            holder->bound = false;
+            UnitHolder[u] = nullptr;
+        }
+    }
+    glActiveTexture(GLenum(active));
+    GLActiveTexture = HeldUnits();
 }
 
 bool Texture::enable()
@@ -64,9 +126,11 @@ bool Texture::enable()
     if (bound)
         return true;
     unit = GLActiveTexture;
+    VEL_ASSERT_MSG(unit >= 0 && unit < MaxUnits, "more textures enabled at once than there are units");
     glActiveTexture(GLenum(GL_TEXTURE0 + unit));
     glBindTexture(GLenum(Target()), textureId);
-    ++GLActiveTexture;
+    UnitHolder[unit] = this;
+    GLActiveTexture = unit + 1;
     bound = true;
     return true;
 }
@@ -77,8 +141,9 @@ void Texture::disable()
         return;
     glActiveTexture(GLenum(GL_TEXTURE0 + unit));
     glBindTexture(GLenum(Target()), 0);
-    if (GLActiveTexture > 0)
-        --GLActiveTexture;
+    if (UnitHolder[unit] == this)
+        UnitHolder[unit] = nullptr;
+    GLActiveTexture = HeldUnits();
     bound = false;
 }
 
@@ -306,19 +371,38 @@ void Texture::describe(int internal, int pixelFormat, int pixelType, int wrapMod
     filter = filterMode;
 }
 
-void Texture::beginUpload(int minFilter)
+unsigned Texture::beginUpload(int minFilter)
 {
     glGetError();
-    if (textureId == 0)
+    if (textureId == 0) {
+        static unsigned stamps = 0;
         glGenTextures(1, &textureId);
+        nameStamp = ++stamps;
+    }
     GLenum target = GLenum(Target());
-    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
-    glBindTexture(target, textureId);
-    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, minFilter);
-    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, filter);
+    unsigned previous = bindForUpload();
+    // A linear filter leaves an integer texture incomplete: every fetch would read 0.
+    bool integer = IsIntegerFormat(format);
+    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, integer ? GL_NEAREST : minFilter);
+    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, integer ? GL_NEAREST : filter);
     glTexParameteri(target, GL_TEXTURE_WRAP_S, wrap);
     glTexParameteri(target, GL_TEXTURE_WRAP_T, wrap);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1); // RGB rows of any width are tightly packed
+    return previous;
+}
+
+unsigned Texture::bindForUpload()
+{
+    GLint previous = 0;
+    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
+    glGetIntegerv(BindingOf(Target()), &previous);
+    glBindTexture(GLenum(Target()), textureId);
+    return unsigned(previous);
+}
+
+void Texture::endUpload(unsigned previous)
+{
+    glBindTexture(GLenum(Target()), previous);
 }
 
 bool Texture::finishCompile(char const* what)

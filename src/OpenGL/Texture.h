@@ -4,10 +4,12 @@
 // pixels; compile() uploads them and, unless `keepData` is set, drops the CPU copy. copy(),
 // clear(), a resize or a new load make it *described* again, so the next enable() uploads anew.
 //
-// Texture units are handed out as a stack: enable() takes the unit in GLActiveTexture and
-// increments it, disable() gives it back. With GLMachine's reverse-order disabling, the
-// units of one draw are 0, 1, 2 ... in the order the textures were listed. A sampler uniform
-// is set from activeTexture().
+// Texture units are handed out as a stack: enable() takes the unit in GLActiveTexture, one
+// above every unit in use, and disable() gives it back. With GLMachine's reverse-order
+// disabling, the units of one draw are 0, 1, 2 ... in the order the textures were listed.
+// A texture disabled out of order frees its unit, but GLActiveTexture only comes down to one
+// above the highest unit still held, so no held unit is ever handed out twice. A sampler
+// uniform is set from activeTexture().
 #pragma once
 
 #include "Math/Vector2.h"
@@ -44,8 +46,19 @@ public:
     int attachment = -1;                 // GL_COLOR_ATTACHMENT0 + n once an FBO attaches it
     std::vector<unsigned char> data;     // CPU pixels, rows bottom first; size() is the write position
     std::vector<int> dimensions;         // width, height[, depth]
+    // A new number whenever a new GL name is made: GL recycles names, so a holder of the
+    // texture (an FBO attachment) tells by this, not by the name, that its object is gone.
+    unsigned nameStamp = 0;
 
     static int GLActiveTexture; // the next free texture unit
+    static constexpr int MaxUnits = 64;
+    static Texture* UnitHolder[MaxUnits]; // the texture enable() bound at each unit, or null
+
+    // One above the highest unit held (0 when none): what GLActiveTexture comes down to.
+    static int HeldUnits();
+    // Reads GL's binding of every held unit back: a texture whose unit foreign code rebound
+    // is no longer bound, and its unit is free. GL state is left as it was.
+    static void ResyncUnits();
 
     Texture() = default;
     Texture(Texture const&) = delete;
@@ -98,12 +111,21 @@ protected:
     void describe(int internalFormat, int format, int type, int wrap, int filter);
     // Start of every upload: clears the GL error state, makes the GL name if there is none,
     // binds it at the next free unit (so that no bound texture is disturbed), and sets the
-    // filters (`minFilter` for minification), the S and T wrap and tight unpacking.
-    void beginUpload(int minFilter);
+    // filters (`minFilter` for minification; nearest for an integer format, which can't be
+    // filtered), the S and T wrap and tight unpacking. Returns what was bound at that unit.
+    unsigned beginUpload(int minFilter);
+    // Binds the GL name at the next free unit, for an upload; returns what was bound there.
+    unsigned bindForUpload();
+    // End of an upload: gives the unit back its binding from before, ours or not.
+    void endUpload(unsigned previous);
     // After compile: Compiled from glGetError, and the message on failure.
     bool finishCompile(char const* what);
 };
 
+// The glGet name of the binding of a texture target (GL_TEXTURE_2D: GL_TEXTURE_BINDING_2D).
+GLenum BindingOf(int target);
+// True for the pixel formats of integer textures (GL_RGBA_INTEGER ...).
+bool IsIntegerFormat(int format);
 // Channels of a pixel format (GL_RGB: 3), and bytes of a pixel type (GL_FLOAT: 4).
 int FormatChannels(int format);
 int TypeBytes(int type);

@@ -37,13 +37,13 @@ Texture2D::Texture2D(std::string const& path, int width, int height, bool mirror
 
 bool Texture2D::upload(void const* pixels, bool withMipmaps)
 {
-    beginUpload(withMipmaps ? GL_LINEAR_MIPMAP_LINEAR : filter);
+    unsigned previous = beginUpload(withMipmaps ? GL_LINEAR_MIPMAP_LINEAR : filter);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_BASE_LEVEL, 0);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, withMipmaps ? mipMapLevels() - 1 : 0);
     glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, width(), height(), 0, GLenum(format), GLenum(type), pixels);
     if (withMipmaps)
         glGenerateMipmap(GL_TEXTURE_2D);
-    glBindTexture(GL_TEXTURE_2D, 0);
+    endUpload(previous);
     return finishCompile("Texture2D::compile");
 }
 
@@ -118,15 +118,14 @@ int Texture2D::mipMapLevels() const
 void Texture2D::generateMipMaps(int levels)
 {
     bool wasBound = bound;
-    bool respecify = !Compiled || levels != maxMipLevel;
     VEL_ASSERT(enable());
     // The texture may have been bound earlier on another unit than the active one.
     glActiveTexture(GLenum(GL_TEXTURE0 + unit));
-    if (respecify) {
-        maxMipLevel = levels;
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, levels);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
-    }
+    // Set every time: a compile since the last call (after a resize) put the level range and
+    // the filter back to a texture without mipmaps.
+    maxMipLevel = levels < 0 ? mipMapLevels() - 1 : levels;
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, maxMipLevel);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glGenerateMipmap(GL_TEXTURE_2D);
     if (!wasBound)
         disable();

@@ -45,6 +45,7 @@ public:
 
     // New dimensions; the GL storage follows at the next compile.
     void resize(int width, int height);
+    // Levels 1 to `levels` from level 0; a negative count asks for the whole chain.
     void generateMipMaps(int levels);
     // floor(log2(max(width, height))) + 1.
     int mipMapLevels() const;

@@ -71,7 +71,7 @@ bool Texture2DArray::compile()
 {
     if (Compiled)
         return true;
-    beginUpload(filter);
+    unsigned previous = beginUpload(filter);
     glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_MAX_LEVEL, 0);
     int w = width(), h = height();
     glTexImage3D(GL_TEXTURE_2D_ARRAY, 0, internalFormat, w, h, depth(), 0, GLenum(format), GLenum(type), nullptr);
@@ -89,7 +89,7 @@ bool Texture2DArray::compile()
             std::memcpy(pixels.data() + size_t(y) * size_t(w) * 3, image.constScanLine(y), size_t(w) * 3);
         glTexSubImage3D(GL_TEXTURE_2D_ARRAY, 0, 0, 0, GLint(layer), w, h, 1, GL_RGB, GL_UNSIGNED_BYTE, pixels.data());
     }
-    glBindTexture(GL_TEXTURE_2D_ARRAY, 0);
+    endUpload(previous);
     Compiled = glGetError() == GL_NO_ERROR;
     if (!Compiled)
         logmsg("ERROR Texture2DArray::compile");

@@ -83,12 +83,12 @@ bool Texture3D::compile()
 {
     if (Compiled)
         return true;
-    beginUpload(filter);
+    unsigned previous = beginUpload(filter);
     glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_WRAP_R, GL_REPEAT); // animations loop
     glTexParameteri(GL_TEXTURE_3D, GL_TEXTURE_MAX_LEVEL, 0);
     glTexImage3D(GL_TEXTURE_3D, 0, internalFormat, width(), height(), depth(), 0, GLenum(format), GLenum(type),
                  data.empty() ? nullptr : data.data());
-    glBindTexture(GL_TEXTURE_3D, 0);
+    endUpload(previous);
     if (!finishCompile("Texture3D::compile"))
         return false;
     dropData();

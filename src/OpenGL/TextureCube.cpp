@@ -181,8 +181,7 @@ bool TextureCube::compile()
     bool first = textureId == 0;
     if (first)
         glGenTextures(1, &textureId);
-    glActiveTexture(GLenum(GL_TEXTURE0 + GLActiveTexture));
-    glBindTexture(GL_TEXTURE_CUBE_MAP, textureId);
+    unsigned previous = bindForUpload();
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
 
     int size = width();
@@ -218,7 +217,7 @@ bool TextureCube::compile()
         if (format == GL_DEPTH_COMPONENT)
             glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_COMPARE_MODE, GL_COMPARE_REF_TO_TEXTURE);
     }
-    glBindTexture(GL_TEXTURE_CUBE_MAP, 0);
+    endUpload(previous);
     GLenum error = glGetError();
     Compiled = error == GL_NO_ERROR;
     if (!Compiled) {

@@ -8,6 +8,9 @@
 #include "OpenGL/GLState.h"
 #include "OpenGL/ShaderManager.h"
 
+#include <cstring>
+#include <functional>
+
 namespace vel::test {
 namespace {
 
@@ -26,25 +29,6 @@ void DrawQuad(float depth, float r, float g, float b)
     Shader::setUniform("Depth", depth);
     Shader::setUniform("Color", r, g, b, 1.0f);
     GLFill();
-}
-
-TEST_F(FBOTest, DepthAndDepthStencilTargetsAreComplete)
-{
-    FBO depth(dsDepth, 8, 4);
-    depth.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    EXPECT_TRUE(depth.compile());
-    EXPECT_EQ(depth.DepthStencil()->internalFormat, GL_DEPTH_COMPONENT24);
-    EXPECT_EQ(depth.color(0)->attachment, GL_COLOR_ATTACHMENT0);
-
-    FBO stencil(dsDepthStencil, 8, 4);
-    stencil.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    stencil.addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
-    EXPECT_TRUE(stencil.compile());
-    EXPECT_EQ(stencil.DepthStencil()->internalFormat, GL_DEPTH32F_STENCIL8);
-    EXPECT_EQ(stencil.color(1)->attachment, GL_COLOR_ATTACHMENT1);
-
-    FBO none(dsNone, 8, 4);
-    EXPECT_EQ(none.DepthStencil(), nullptr);
 }
 
 TEST_F(FBOTest, MirrorsSpareRepeatedBinds)
@@ -86,69 +70,174 @@ TEST_F(FBOTest, CompilingKeepsTheCallersBinding)
     EXPECT_EQ(unsigned(draw), a.framebuffer);
 }
 
-TEST_F(FBOTest, ResizeToTheSameSizeLeavesGLObjectsAlone)
+TEST_F(FBOTest, ResizeReportsAChangeOfEitherDimensionAndTakesSizesBelowOneAsOne)
 {
-    FBO f(dsDepth, 4, 4);
-    f.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    ASSERT_TRUE(f.enable());
-    unsigned framebuffer = f.framebuffer, texture = f.color(0)->textureId;
-    EXPECT_FALSE(f.resize(4, 4));
-    EXPECT_TRUE(f.Compiled);
-    EXPECT_EQ(f.framebuffer, framebuffer);
-    EXPECT_EQ(f.color(0)->textureId, texture);
-    EXPECT_EQ(FBO::DRAW_ID, framebuffer);
+    struct Case {
+        int width, height;
+        bool changed;
+        int expectWidth, expectHeight;
+    };
+    Case const cases[] = {{4, 4, false, 4, 4}, {4, 7, true, 4, 7}, {7, 4, true, 7, 4}, {6, 3, true, 6, 3},
+                          {0, 0, true, 1, 1},  {-2, 5, true, 1, 5}};
+    for (Case const& c : cases) {
+        SCOPED_TRACE(std::to_string(c.width) + " x " + std::to_string(c.height));
+        FBO f(dsDepth, 4, 4);
+        f.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+        ASSERT_TRUE(f.enable());
+        unsigned framebuffer = f.framebuffer, texture = f.color(0)->textureId;
+        EXPECT_EQ(f.resize(c.width, c.height), c.changed);
+        EXPECT_EQ(f.width, c.expectWidth);
+        EXPECT_EQ(f.DepthStencil()->height(), c.expectHeight);
+        EXPECT_EQ(f.color(0)->width(), c.expectWidth);
+        EXPECT_EQ(f.Compiled, !c.changed);
+        if (!c.changed) { // GL objects left alone
+            EXPECT_EQ(f.framebuffer, framebuffer);
+            EXPECT_EQ(f.color(0)->textureId, texture);
+            EXPECT_EQ(FBO::DRAW_ID, framebuffer);
+        } else { // the deleted framebuffer is no longer named by the mirrors
+            EXPECT_EQ(FBO::DRAW_ID, 0u);
+        }
+        ASSERT_TRUE(f.enable());
+        glViewport(0, 0, c.expectWidth, c.expectHeight);
+        glClearColor(0, 1, 0, 1);
+        glClear(GL_COLOR_BUFFER_BIT);
+        std::vector<unsigned char> pixels = ReadColor(GL_COLOR_ATTACHMENT0, c.expectWidth, c.expectHeight);
+        EXPECT_EQ(pixels[pixels.size() - 3], 255); // the far corner exists
+    }
 }
 
-TEST_F(FBOTest, ResizeRebuildsAtTheNextEnable)
+// True when `f` tests depth: a quad behind one drawn first is rejected.
+bool TestsDepth(FBO& f)
 {
-    FBO f(dsDepth, 4, 4);
-    f.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    ASSERT_TRUE(f.enable());
-    EXPECT_TRUE(f.resize(6, 3));
-    EXPECT_FALSE(f.Compiled);
-    EXPECT_EQ(f.framebuffer, 0u);
-    EXPECT_EQ(FBO::DRAW_ID, 0u); // the deleted framebuffer is no longer named by the mirrors
-    EXPECT_EQ(f.DepthStencil()->width(), 6);
-    EXPECT_EQ(f.color(0)->height(), 3);
-    ASSERT_TRUE(f.enable());
-    glViewport(0, 0, 6, 3);
-    glClearColor(0, 1, 0, 1);
-    glClear(GL_COLOR_BUFFER_BIT);
-    std::vector<unsigned char> pixels = ReadColor(GL_COLOR_ATTACHMENT0, 6, 3);
-    EXPECT_EQ(pixels[(2 * 6 + 5) * 4 + 1], 255); // the far corner exists
-}
-
-TEST_F(FBOTest, TwoTargetsShareOneDepthBuffer)
-{
-    FBO first(dsDepth, 4, 4);
-    first.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    FBO second(&first, true);
-    second.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    ASSERT_EQ(second.DepthStencil(), first.DepthStencil());
-    EXPECT_EQ(second.attachments.size(), 2u);
-    EXPECT_NE(second.color(0), first.color(0));
-
-    // Resizing one resizes the shared texture for both; the owners resize together.
-    EXPECT_TRUE(first.resize(8, 8));
-    EXPECT_EQ(second.DepthStencil()->width(), 8);
-    EXPECT_TRUE(second.resize(8, 8));
-
-    // Depth written through the first is tested through the second.
-    glViewport(0, 0, 8, 8);
-    gl_Depth_Test.set(true);
-    glDepthFunc(GL_LESS);
-    ASSERT_TRUE(first.enable());
+    EXPECT_TRUE(f.enable());
+    glViewport(0, 0, f.width, f.height);
     glClearColor(0, 0, 0, 1);
     glClearDepth(1.0);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    DrawQuad(0.0f, 1, 0, 0); // depth 0.5 in window space
-    ASSERT_TRUE(second.enable());
-    glClear(GL_COLOR_BUFFER_BIT);
-    DrawQuad(0.4f, 0, 1, 0); // behind: rejected by the shared depth
-    EXPECT_EQ(ReadColor(GL_COLOR_ATTACHMENT0, 1, 1)[1], 0);
-    DrawQuad(-0.4f, 0, 0, 1); // in front: drawn
-    EXPECT_EQ(ReadColor(GL_COLOR_ATTACHMENT0, 1, 1)[2], 255);
+    DrawQuad(0.0f, 1, 0, 0);
+    DrawQuad(0.4f, 0, 1, 0);
+    std::vector<unsigned char> far = ReadColor(GL_COLOR_ATTACHMENT0, f.width, f.height);
+    return far[far.size() - 4] == 255 && far[far.size() - 3] == 0;
+}
+
+// Both FBOs in use, then one resized and enabled, then the other resized.
+std::function<void(FBO&, FBO&)> InUseResizedInTurn(bool firstFirst)
+{
+    return [firstFirst](FBO& a, FBO& b) {
+        EXPECT_TRUE(a.enable());
+        EXPECT_TRUE(b.enable());
+        FBO& one = firstFirst ? a : b;
+        one.resize(8, 8);
+        EXPECT_TRUE(one.enable());
+        (firstFirst ? b : a).resize(8, 8);
+    };
+}
+
+TEST_F(FBOTest, FBOsSharingADepthBufferKeepItThroughResizesInAnyOrder)
+{
+    struct Case {
+        char const* order;
+        std::function<void(FBO&, FBO&)> steps;
+    };
+    Case const cases[] = {
+        {"both resized, then enabled",
+         [](FBO& a, FBO& b) {
+             EXPECT_TRUE(a.resize(8, 8));
+             EXPECT_EQ(b.DepthStencil()->width(), 8);
+             EXPECT_TRUE(b.resize(8, 8));
+         }},
+        // Each resize of one in use deletes the shared depth that the other has attached.
+        {"the first resized and enabled before the second", InUseResizedInTurn(true)},
+        {"the second resized and enabled before the first", InUseResizedInTurn(false)},
+    };
+    gl_Depth_Test.set(true);
+    glDepthFunc(GL_LESS);
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.order);
+        FBO first(dsDepth, 4, 4);
+        first.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+        FBO second(&first, true);
+        second.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+        ASSERT_EQ(second.DepthStencil(), first.DepthStencil());
+        c.steps(first, second);
+        EXPECT_TRUE(TestsDepth(first));
+        EXPECT_TRUE(TestsDepth(second));
+
+        // Depth written through the first is tested through the second.
+        ASSERT_TRUE(first.enable());
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        DrawQuad(0.0f, 1, 0, 0); // depth 0.5 in window space
+        ASSERT_TRUE(second.enable());
+        glClear(GL_COLOR_BUFFER_BIT);
+        DrawQuad(0.4f, 0, 1, 0); // behind: rejected by the shared depth
+        EXPECT_EQ(ReadColor(GL_COLOR_ATTACHMENT0, 1, 1)[1], 0);
+        DrawQuad(-0.4f, 0, 0, 1); // in front: drawn
+        EXPECT_EQ(ReadColor(GL_COLOR_ATTACHMENT0, 1, 1)[2], 255);
+    }
     gl_Depth_Test.set(false);
+}
+
+TEST_F(FBOTest, IntegerColourTargetsAreReadThroughAnIntegerSampler)
+{
+    // Asked for with the default (linear) filter, which would leave the texture incomplete.
+    FBO f(dsNone, 2, 2);
+    Texture2D* target = f.addColor(GL_RGBA32UI, GL_RGBA_INTEGER, GL_UNSIGNED_INT);
+    ASSERT_TRUE(f.enable());
+    GLuint const value[4] = {7, 8, 9, 10};
+    glClearBufferuiv(GL_COLOR, 0, value);
+    FBO::disable(fbBoth);
+    Shared<Shader> s = ShaderManager::instance().FromText(
+        "##VERTEX\nuniform usampler2D Image;\nout uvec4 oValue;\n"
+        "void main() { oValue = texture(Image, vec2(0.5)); }\n");
+    ASSERT_TRUE(s->enable());
+    Shader::setUniform("Image", target->activeTexture());
+    std::vector<uint32_t> words = CaptureFeedback({4}, 1)[0];
+    target->disable();
+    EXPECT_EQ(words, (std::vector<uint32_t>{7, 8, 9, 10}));
+}
+
+TEST_F(FBOTest, PackedDepthStencilReadsBackWhole)
+{
+    FBO f(dsDepthStencil, 3, 2);
+    ASSERT_TRUE(f.enable());
+    glClearDepth(0.25);
+    glClearStencil(7);
+    glClear(GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    FBO::disable(fbBoth);
+    std::vector<unsigned char> back;
+    f.DepthStencil()->getData(back);
+    ASSERT_EQ(back.size(), 6 * 8u); // a 32-bit float and a word holding 8 stencil bits per texel
+    for (size_t texel = 0; texel < 6; ++texel) {
+        float depth;
+        uint32_t stencil;
+        std::memcpy(&depth, &back[texel * 8], 4);
+        std::memcpy(&stencil, &back[texel * 8 + 4], 4);
+        EXPECT_EQ(depth, 0.25f) << texel;
+        EXPECT_EQ(stencil & 0xff, 7u) << texel;
+    }
+    glClearDepth(1.0);
+    glClearStencil(0);
+}
+
+TEST_F(FBOTest, SimpleFilterDrawsIntoTheTargetsAttachment)
+{
+    FBO f(dsNone, 2, 2);
+    f.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+    Texture2D* second = f.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+    Texture2D source(1, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, GL_CLAMP_TO_EDGE, GL_NEAREST);
+    unsigned char const blue[4] = {0, 0, 255, 255};
+    source.copy(blue, 4);
+    ASSERT_TRUE(f.enable());
+    glViewport(0, 0, 2, 2);
+    GLenum const both[2] = {GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1};
+    glDrawBuffers(2, both);
+    glClearColor(1, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    GLSimpleFilter(ShaderManager::instance().ShaderCopy, &source, second);
+    source.disable();
+    EXPECT_EQ(ReadColor(GL_COLOR_ATTACHMENT1, 1, 1), (std::vector<unsigned char>{0, 0, 255, 255}));
+    EXPECT_EQ(ReadColor(GL_COLOR_ATTACHMENT0, 1, 1), (std::vector<unsigned char>{255, 0, 0, 255}));
+    glDrawBuffer(GL_COLOR_ATTACHMENT0);
 }
 
 TEST_F(FBOTest, SharingAllAttachments)

@@ -5,8 +5,10 @@
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/ShaderManager.h"
+#include "OpenGL/Texture2D.h"
 #include "OpenGL/VertexBuffer.h"
 
+#include <functional>
 #include <memory>
 
 namespace vel::test {
@@ -39,6 +41,70 @@ TEST_F(GLStateTest, SetCallsGLOnlyOnAChange)
     gl_Depth_Test.set(false);
     EXPECT_FALSE(glIsEnabled(GL_DEPTH_TEST));
     EXPECT_EQ(counter.enableDisable(), 3);
+}
+
+TEST_F(GLStateTest, ResyncReadsForeignChangesBackIntoTheMirrors)
+{
+    // Each case: bind through the mirrors, let foreign code change GL behind them, resync,
+    // bind again through the mirrors, and ask GL whether ours is in place.
+    FBO fbo(dsNone, 2, 2);
+    fbo.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+    Shared<Shader> shader = ShaderManager::instance().FromText(
+        "##VERTEX\nvoid main() { gl_Position = vec4(0.0); }\n"
+        "##FRAGMENT\nout vec4 c;\nvoid main() { c = vec4(1.0); }\n");
+    Texture2D texture(1, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+    auto integer = [](GLenum name) {
+        GLint value = 0;
+        glGetIntegerv(name, &value);
+        return value;
+    };
+    struct Case {
+        char const* what;
+        std::function<bool()> enable;
+        std::function<void()> foreign;
+        std::function<bool()> inPlace;
+    };
+    Case const cases[] = {
+        {"program", [&] { return shader->enable(); }, [] { glUseProgram(0); },
+         [&] { return unsigned(integer(GL_CURRENT_PROGRAM)) == shader->program; }},
+        {"framebuffers", [&] { return fbo.enable(); }, [] { glBindFramebuffer(GL_FRAMEBUFFER, 0); },
+         [&] {
+             return unsigned(integer(GL_DRAW_FRAMEBUFFER_BINDING)) == fbo.framebuffer &&
+                    unsigned(integer(GL_READ_FRAMEBUFFER_BINDING)) == fbo.framebuffer;
+         }},
+        {"read framebuffer", [&] { return fbo.enableRead(); }, [] { glBindFramebuffer(GL_READ_FRAMEBUFFER, 0); },
+         [&] { return unsigned(integer(GL_READ_FRAMEBUFFER_BINDING)) == fbo.framebuffer; }},
+        {"depth test", [] { gl_Depth_Test.set(true); return true; }, [] { glDisable(GL_DEPTH_TEST); },
+         [] { return glIsEnabled(GL_DEPTH_TEST) == GL_TRUE; }},
+        {"culling", [] { gl_Cull_Face.set(false); return true; }, [] { glEnable(GL_CULL_FACE); },
+         [] { return glIsEnabled(GL_CULL_FACE) == GL_FALSE; }},
+        {"stencil test", [] { gl_Stencil_Test.set(true); return true; }, [] { glDisable(GL_STENCIL_TEST); },
+         [] { return glIsEnabled(GL_STENCIL_TEST) == GL_TRUE; }},
+        {"texture unit", [&] { return texture.enable(); },
+         [&] {
+             glActiveTexture(GLenum(GL_TEXTURE0 + texture.unit));
+             glBindTexture(GL_TEXTURE_2D, 0);
+             glActiveTexture(GL_TEXTURE3);
+         },
+         [&] {
+             glActiveTexture(GLenum(GL_TEXTURE0 + texture.unit));
+             return unsigned(integer(GL_TEXTURE_BINDING_2D)) == texture.textureId;
+         }},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_TRUE(c.enable());
+        c.foreign();
+        GLint active = integer(GL_ACTIVE_TEXTURE);
+        ResyncGLMirrors();
+        EXPECT_EQ(integer(GL_ACTIVE_TEXTURE), active); // the resync changes no GL state
+        ASSERT_TRUE(c.enable());
+        EXPECT_TRUE(c.inPlace());
+    }
+    texture.disable();
+    EXPECT_EQ(Texture::GLActiveTexture, 0);
+    gl_Depth_Test.set(false);
+    gl_Stencil_Test.set(false);
 }
 
 TEST_F(GLStateTest, GLInitResetsTheSharedState)

@@ -147,9 +147,12 @@ TEST(ShaderIncludeManager, FilesAreReadOnce)
     std::string path = dir.filePath("h.glsl").toStdString();
     std::ofstream(path) << "float first;";
     ShaderIncludeManager& includes = ShaderIncludeManager::instance();
+    EXPECT_EQ(includes.AddFile(path), ""); // outside the include folders
+    includes.folders.push_back(dir.path().toStdString());
     EXPECT_EQ(includes.AddFile(path), "float first;");
     std::ofstream(path) << "float second;";
     EXPECT_EQ(includes.AddFile(path), "float first;");
+    includes.folders.pop_back();
 }
 
 TEST(ShaderIncludeManager, IndexOfReadsTheLastToken)

@@ -1,12 +1,17 @@
 // The CPU half of Shader: how a source becomes the stage texts handed to GL.
 #include "OpenGL/Resources.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderIncludeManager.h"
+#include "OpenGL/ShaderManager.h"
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <fstream>
+
+#include <unistd.h>
 
 namespace vel {
 namespace {
@@ -20,78 +25,145 @@ TEST(ShaderDefines, OneLinePerTokenWhateverTheBlanks)
     EXPECT_EQ(Shader::Defines("N=3"), "#define N=3\n");
 }
 
-TEST(ShaderParse, TextAheadOfTheFirstMarkerIsIgnored)
+TEST(ShaderParse, StagesAndOutputs)
 {
-    Shader::Stages s = Shader::Parse("garbage that is no GLSL\n##VERTEX\nvoid main() {}\n##FRAGMENT\nvoid main() {}\n",
-                                     "", "");
-    EXPECT_EQ(s.vertex, "#version 330 core\nvoid main() {}\n");
-    EXPECT_EQ(s.fragment, "#version 330 core\nvoid main() {}\n");
-    EXPECT_TRUE(s.outputs.empty());
+    struct Case {
+        char const* text;
+        char const* vertex;
+        char const* fragment;
+        std::vector<std::string> outputs;
+    };
+    Case const cases[] = {
+        // Text ahead of the first marker is ignored.
+        {"garbage that is no GLSL\n##VERTEX\nv;\n##FRAGMENT\nf;\n", "v;\n", "f;\n", {}},
+        // Markers may stand inside a line, and are not copied.
+        {"// ##VERTEX stage\nv;\n##FRAGMENT\nf;\n", "v;\n", "f;\n", {}},
+        // A vertex-only source names its outputs in line order; qualified ones do not count.
+        {"##VERTEX\nout vec3 oPosition;\nflat out int oSkipped;\nsmooth out vec2 oAlso;\nout vec4 oColor;\n",
+         "out vec3 oPosition;\nflat out int oSkipped;\nsmooth out vec2 oAlso;\nout vec4 oColor;\n", "",
+         {"oPosition", "oColor"}},
+        // Out lines of the fragment stage are no outputs.
+        {"##VERTEX\nv;\n##FRAGMENT\nout vec4 oColor;\n", "v;\n", "out vec4 oColor;\n", {}},
+    };
+    for (Case const& c : cases) {
+        Shader::Stages s = Shader::Parse(c.text, "", "");
+        EXPECT_EQ(s.vertex, std::string("#version 330 core\n") + c.vertex) << c.text;
+        EXPECT_EQ(s.fragment, *c.fragment ? std::string("#version 330 core\n") + c.fragment : "") << c.text;
+        EXPECT_EQ(s.outputs, c.outputs) << c.text;
+    }
 }
 
-TEST(ShaderParse, MarkersMayStandInsideALineAndAreNotCopied)
+TEST(ShaderParse, TheVersionComesFirstThenTheDefinesPerStage)
 {
-    Shader::Stages s = Shader::Parse("// ##VERTEX stage\na;\n##FRAGMENT\nb;\n", "", "");
-    EXPECT_EQ(s.vertex, "#version 330 core\na;\n");
-    EXPECT_EQ(s.fragment, "#version 330 core\nb;\n");
+    struct Case {
+        char const* text;
+        char const* vertex;
+    };
+    Case const cases[] = {
+        {"##VERTEX\nv;\n##FRAGMENT\nf;\n", "#version 330 core\n#define A\nv;\n"},
+        // An own version is kept, ahead of the defines (GLSL wants it on the first line).
+        {"##VERTEX\n#version 410 core\nv;\n##FRAGMENT\nf;\n", "#version 410 core\n#define A\nv;\n"},
+        {"##VERTEX\nv;\n  #version 410 core\n##FRAGMENT\nf;\n", "  #version 410 core\n#define A\nv;\n"},
+    };
+    for (Case const& c : cases) {
+        Shader::Stages s = Shader::Parse(c.text, "A", "B  C");
+        EXPECT_EQ(s.vertex, c.vertex) << c.text;
+        EXPECT_EQ(s.fragment, "#version 330 core\n#define B\n#define C\nf;\n") << c.text;
+    }
 }
 
-TEST(ShaderParse, DefinesStandAfterTheVersionAndPerStage)
-{
-    Shader::Stages s = Shader::Parse("##VERTEX\nv;\n##FRAGMENT\nf;\n", "A", "B  C");
-    EXPECT_EQ(s.vertex, "#version 330 core\n#define A\nv;\n");
-    EXPECT_EQ(s.fragment, "#version 330 core\n#define B\n#define C\nf;\n");
-}
+// A temporary folder with an include folder "inc" in it, registered while alive.
+class IncludeFolder {
+public:
+    IncludeFolder()
+    {
+        QDir(root.path()).mkdir("inc");
+        ShaderIncludeManager::instance().folders.push_back(path(""));
+    }
+    ~IncludeFolder() { ShaderIncludeManager::instance().folders.pop_back(); }
+    // A path in the include folder; "../name" is one beside it.
+    std::string path(std::string const& name) const { return root.path().toStdString() + "/inc/" + name; }
+    std::string write(std::string const& name, std::string const& text) const
+    {
+        std::ofstream(path(name), std::ios::binary) << text;
+        return path(name);
+    }
 
-TEST(ShaderParse, AnOwnVersionIsKeptAndTheDefinesGoAheadOfIt)
-{
-    Shader::Stages s = Shader::Parse("##VERTEX\n#version 410 core\nv;\n##FRAGMENT\nf;\n", "A", "");
-    EXPECT_EQ(s.vertex, "#define A\n#version 410 core\nv;\n");
-    EXPECT_EQ(s.fragment, "#version 330 core\nf;\n");
-}
-
-TEST(ShaderParse, VertexOnlySourceNamesItsOutputsInLineOrder)
-{
-    Shader::Stages s = Shader::Parse("##VERTEX\nout vec3 oPosition;\nflat out int oSkipped;\n"
-                                     "smooth out vec2 oAlsoSkipped;\nout vec4 oColor;\nvoid main() {}\n",
-                                     "", "");
-    EXPECT_TRUE(s.fragment.empty());
-    EXPECT_EQ(s.outputs, (std::vector<std::string>{"oPosition", "oColor"}));
-}
-
-TEST(ShaderParse, OutLinesOfTheFragmentStageAreNoOutputs)
-{
-    Shader::Stages s = Shader::Parse("##VERTEX\nvoid main() {}\n##FRAGMENT\nout vec4 oColor;\n", "", "");
-    EXPECT_TRUE(s.outputs.empty());
-}
+private:
+    QTemporaryDir root;
+};
 
 TEST(ShaderParse, IncludesAreExpandedOneLevelDeep)
 {
-    QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    std::string inner = dir.filePath("inner.glsl").toStdString();
-    std::string outer = dir.filePath("outer.glsl").toStdString();
-    std::ofstream(inner) << "float inner;\n";
+    IncludeFolder folder;
+    std::string inner = folder.write("inner.glsl", "float inner;\n");
     // An out line of an included file is no transform-feedback output.
-    std::ofstream(outer) << "out vec3 oHidden;\n#include \"" << inner << "\"\n";
+    std::string outer = folder.write("outer.glsl", "out vec3 oHidden;\n#include \"" + inner + "\"\n");
 
     Shader::Stages s = Shader::Parse("##VERTEX\n#include \"" + outer + "\"\nout float oSeen;\n", "", "");
     EXPECT_EQ(s.vertex, "#version 330 core\nout vec3 oHidden;\n#include \"" + inner + "\"\n\nout float oSeen;\n");
     EXPECT_EQ(s.outputs, std::vector<std::string>{"oSeen"});
 }
 
-TEST(ShaderParse, AMissingIncludeStaysForTheCompilerToReject)
-{
-    Shader::Stages s = Shader::Parse("##VERTEX\n#include \"/no/such/file.glsl\"\n#include no quotes\n", "", "");
-    EXPECT_EQ(s.vertex, "#version 330 core\n#include \"/no/such/file.glsl\"\n#include no quotes\n");
-}
-
-TEST(ShaderParse, ResourceIncludesAreRead)
+TEST(ShaderParse, IncludesAreReadOnlyFromTheIncludeFoldersAndResources)
 {
     InitResources();
-    Shader::Stages s = Shader::Parse("##VERTEX\n#include \":/shaders/Include/RenderFlags.glsl\"\n", "", "");
-    EXPECT_NE(s.vertex.find("#define FLAG_LIT"), std::string::npos);
-    EXPECT_EQ(s.vertex.find("#include"), std::string::npos);
+    IncludeFolder folder;
+    std::string stray = folder.write("../stray.glsl", "float stray;\n");
+    QDir().mkpath(QString::fromStdString(folder.path("../incx")));
+    std::string sibling = folder.write("../incx/sibling.glsl", "float sibling;\n"); // "inc" is no prefix
+    ASSERT_EQ(symlink("/dev/zero", folder.path("zero.glsl").c_str()), 0);
+    std::string huge = folder.write("huge.glsl", std::string(size_t(ShaderManager::FileSizeLimit) + 1, ' '));
+    std::string fits = folder.write("fits.glsl", "float fits;\n");
+
+    struct Case {
+        std::string path;
+        bool read;
+    };
+    Case const cases[] = {{"/dev/zero", false},
+                          {folder.path("zero.glsl"), false}, // a link out of the folder
+                          {stray, false},
+                          {sibling, false},
+                          {huge, false},
+                          {"/no/such/file.glsl", false},
+                          {fits, true},
+                          {":/shaders/Include/RenderFlags.glsl", true}};
+    for (Case const& c : cases) {
+        std::string line = "#include \"" + c.path + "\"";
+        Shader::Stages s = Shader::Parse("##VERTEX\n" + line + "\n", "", "");
+        // A refused include stays, for the compiler to reject.
+        EXPECT_EQ(s.vertex.find(line) == std::string::npos, c.read) << c.path;
+    }
+}
+
+TEST(ShaderParse, TheLineMapNamesTheFileAndLineOfEveryStageLine)
+{
+    IncludeFolder folder;
+    std::string header = folder.write("header.glsl", "float h1;\nfloat h2;\n");
+    std::string text = "##VERTEX\nv1;\n#include \"" + header + "\"\nv3;\n##FRAGMENT\nf1;\n";
+    Shader::Stages s = Shader::Parse(text, "A B", "", "main.glsl");
+    // #version, A, B, v1, h1, h2, the include's closing line, v3.
+    ASSERT_EQ(s.vertexLines.size(), 8u);
+    std::string const expected[] = {"(inserted)", "(inserted)", "(inserted)", "main.glsl:2", header + ":1",
+                                    header + ":2", header + ":3", "main.glsl:4"};
+    for (size_t i = 0; i < 8; ++i) {
+        Shader::Origin o = s.vertexLines[i];
+        EXPECT_EQ(o.file < 0 ? "(inserted)" : s.files[size_t(o.file)] + ":" + std::to_string(o.line), expected[i]) << i;
+    }
+    EXPECT_EQ(s.fragmentLines.back().line, 6);
+
+    // Each place of a log, Mesa's and NVIDIA's forms, is mapped, not only one.
+    std::string log = "0:4(3): error: v1\n0:5(1): error: h1\n0(8) : error C1: v3\n0:0(0): error: no main\n";
+    EXPECT_EQ(s.mapLog(log, s.vertexLines), "main.glsl:2(3): error: v1\n" + header + ":1(1): error: h1\n" +
+                                               "main.glsl(4) : error C1: v3\n0:0(0): error: no main\n");
+    // In the listing each note stands right under the line it names; a note without a line
+    // comes last.
+    std::string listing = s.listing(s.vertex, s.vertexLines, log);
+    for (std::string const& pair : {std::string("main.glsl:2\tv1;\n  >>> main.glsl:2(3): error: v1\n"),
+                                    "\tfloat h1;\n  >>> " + header + ":1(1)",
+                                    std::string("main.glsl:4\tv3;\n  >>> main.glsl(4)")})
+        EXPECT_NE(listing.find(pair), std::string::npos) << pair << "\n" << listing;
+    EXPECT_EQ(listing.substr(listing.size() - 23), "0:0(0): error: no main\n");
 }
 
 TEST(ShaderParse, EmptyLinesOfAVerbatimTextKeepTheLineCount)

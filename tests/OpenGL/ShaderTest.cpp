@@ -5,7 +5,12 @@
 #include "OpenGL/FBO.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderIncludeManager.h"
 #include "OpenGL/ShaderManager.h"
+
+#include <QTemporaryDir>
+
+#include <fstream>
 
 namespace vel::test {
 namespace {
@@ -51,13 +56,41 @@ protected:
     FBO target{dsNone, 4, 4};
 };
 
-TEST_F(ShaderTest, TextAheadOfTheVertexMarkerIsIgnored)
+TEST_F(ShaderTest, UnusualSourcesCompile)
 {
-    Shared<Shader> s = ShaderManager::instance().FromText("this is no GLSL at all;\n" + kQuad);
-    ASSERT_TRUE(s);
-    EXPECT_TRUE(s->compile());
-    EXPECT_TRUE(s->Compiled);
-    EXPECT_NE(s->program, 0u);
+    struct Case {
+        std::string text;
+        char const* defines;
+    };
+    Case const cases[] = {
+        {"this is no GLSL at all;\n" + kQuad, ""},
+        // Defines go behind an own version: GLSL wants "#version" on the first line.
+        {"##VERTEX\n#version 330 core\nvoid main() {\n#ifdef A\ngl_Position = vec4(1.0);\n#endif\n}\n"
+         "##FRAGMENT\n#version 330 core\nout vec4 c;\nvoid main() { c = vec4(1.0); }\n",
+         "A"},
+    };
+    for (Case const& c : cases) {
+        Shared<Shader> s = ShaderManager::instance().FromText(c.text, c.defines);
+        ASSERT_TRUE(s);
+        std::unordered_map<int, std::string> errors;
+        EXPECT_TRUE(s->compile(errors)) << errors[0] << errors[1] << errors[2];
+        EXPECT_NE(s->program, 0u);
+    }
+}
+
+TEST_F(ShaderTest, ASourceWithoutCodeFailsToCompileAndIsLogged)
+{
+    for (char const* text : {"// only a comment\n", " \n\t\n", "/* a // inside */", "/* never closed"}) {
+        SCOPED_TRACE(text);
+        Messages().clear();
+        Shared<Shader> s = ShaderManager::instance().FromText(text);
+        ASSERT_TRUE(s);
+        EXPECT_FALSE(s->enable());
+        EXPECT_TRUE(Logged("the source holds no code"));
+        std::unordered_map<int, std::string> errors;
+        EXPECT_FALSE(s->compile(errors));
+        EXPECT_FALSE(errors[0].empty());
+    }
 }
 
 TEST_F(ShaderTest, DefinesSelectCodeAndMakeSeparatePrograms)
@@ -115,7 +148,7 @@ TEST_F(ShaderTest, AUniformFirstSetAfterTheFirstUseIsIgnored)
 {
     Shared<Shader> s = ShaderManager::instance().FromText(Unique("firstUse"));
     ASSERT_TRUE(s->enable());
-    Shader::setUniform("A", 1.0f); // only A is learned in the first use
+    Shader::setUniform("A", 0.0f); // only A is learned in the first use
     GLFill();
     s->disable();
 
@@ -128,23 +161,6 @@ TEST_F(ShaderTest, AUniformFirstSetAfterTheFirstUseIsIgnored)
     EXPECT_EQ(c[1], 0);
     EXPECT_EQ(s->uniforms.at("B"), -1);
     EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
-}
-
-TEST_F(ShaderTest, UniformsSetInTheFirstUseKeepWorking)
-{
-    Shared<Shader> s = ShaderManager::instance().FromText(Unique("steady"));
-    ASSERT_TRUE(s->enable());
-    Shader::setUniform("A", 0.0f);
-    Shader::setUniform("B", 0.0f);
-    GLFill();
-    s->disable();
-    ASSERT_TRUE(s->enable());
-    Shader::setUniform("A", 1.0f);
-    Shader::setUniform("B", 1.0f);
-    GLFill();
-    std::vector<unsigned char> c = pixel();
-    EXPECT_EQ(c[0], 255);
-    EXPECT_EQ(c[1], 255);
 }
 
 TEST_F(ShaderTest, ASteadyFrameAsksGLNoUniformLocation)
@@ -172,7 +188,7 @@ TEST_F(ShaderTest, ASteadyFrameAsksGLNoUniformLocation)
     }
 }
 
-TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCall)
+TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCallAndReplacingItEndsItsLearning)
 {
     Shared<Shader> a = ShaderManager::instance().FromText(Unique("mirrorA"));
     Shared<Shader> b = ShaderManager::instance().FromText(Unique("mirrorB"));
@@ -181,25 +197,17 @@ TEST_F(ShaderTest, EnablingTheProgramInUseCostsNoCall)
     GLCallCounter counter;
     ASSERT_TRUE(a->enable());
     ASSERT_TRUE(a->enable());
-    a->disable(); // disabling keeps the program in use
-    ASSERT_TRUE(a->enable());
     EXPECT_EQ(counter.useProgram(), 1);
-    ASSERT_TRUE(b->enable());
+    EXPECT_TRUE(a->learning);
+    ASSERT_TRUE(b->enable()); // a was never disabled
     EXPECT_EQ(counter.useProgram(), 2);
     EXPECT_EQ(Shader::Current, b.get());
     EXPECT_EQ(Shader::id, b->program);
-    EXPECT_FALSE(a->learning); // replaced as Current: its locations are settled
-}
-
-TEST_F(ShaderTest, ReplacingTheCurrentShaderEndsItsLearning)
-{
-    Shared<Shader> a = ShaderManager::instance().FromText(Unique("replacedA"));
-    Shared<Shader> b = ShaderManager::instance().FromText(Unique("replacedB"));
-    ASSERT_TRUE(a->enable());
-    EXPECT_TRUE(a->learning);
-    ASSERT_TRUE(b->enable()); // a was never disabled
     EXPECT_FALSE(a->learning);
     EXPECT_TRUE(b->learning);
+    b->disable(); // disabling keeps the program in use
+    ASSERT_TRUE(b->enable());
+    EXPECT_EQ(counter.useProgram(), 2);
 }
 
 TEST_F(ShaderTest, DestroyingTheCurrentShaderClearsTheMirrors)
@@ -233,6 +241,45 @@ TEST_F(ShaderTest, BrokenStagesFailWithoutCrashAndReportByStage)
     EXPECT_EQ(errors.count(2), 0u); // not linked
 }
 
+TEST_F(ShaderTest, ErrorsNameTheFileAndLineOfTheTextAndOfItsIncludes)
+{
+    QTemporaryDir dir;
+    ShaderIncludeManager::instance().folders.push_back(dir.path().toStdString());
+    std::string header = dir.filePath("header.glsl").toStdString();
+    std::ofstream(header) << "float fromHeader() {\n    return undefinedInHeader;\n}\n";
+    // Lines: 6 out, 7 include, 8 main, 9 A, 10 fine, 11 B.
+    std::string text = "##VERTEX\nvoid main() {\n    gl_Position = vec4(0.0);\n}\n##FRAGMENT\n"
+                       "out vec4 c;\n#include \"" + header + "\"\nvoid main() {\n    c = undefinedA;\n"
+                       "    c = vec4(1.0);\n    c = undefinedB;\n}\n";
+    Shader s(text, "", "ONE TWO", "user.glsl");
+    EXPECT_FALSE(s.compile(true));
+    std::unordered_map<int, std::string> errors;
+    EXPECT_FALSE(s.compile(errors));
+    ShaderIncludeManager::instance().folders.pop_back();
+
+    std::string listing;
+    for (std::string const& m : Messages())
+        if (m.rfind("ERROR user.glsl fragment", 0) == 0)
+            listing = m;
+    struct Place {
+        std::string place; // as the log names it
+        std::string line;  // the source line the note must stand under
+    };
+    Place const places[] = {{header + ":2(", "return undefinedInHeader;"},
+                            {"user.glsl:9(", "c = undefinedA;"},
+                            {"user.glsl:11(", "c = undefinedB;"}};
+    for (Place const& p : places) {
+        SCOPED_TRACE(p.place);
+        EXPECT_NE(errors[1].find(p.place), std::string::npos) << errors[1];
+        size_t note = listing.find("  >>> " + p.place);
+        ASSERT_NE(note, std::string::npos) << listing;
+        size_t lineStart = listing.rfind('\n', note - 2) + 1;
+        std::string above = listing.substr(lineStart, note - lineStart);
+        EXPECT_NE(above.find(p.line), std::string::npos) << above;
+        EXPECT_EQ(above.find(p.place.substr(0, p.place.size() - 1) + "\t"), 0u) << above;
+    }
+}
+
 TEST_F(ShaderTest, LinkFailureReportsInTheThirdSlot)
 {
     // Each stage compiles; the two stages disagree on the type of a uniform.
@@ -247,9 +294,12 @@ TEST_F(ShaderTest, LinkFailureReportsInTheThirdSlot)
 
 TEST_F(ShaderTest, SuccessfulEditorCompileClearsTheLinkSlot)
 {
-    std::unordered_map<int, std::string> errors{{2, "old"}};
+    // The map of an editor, reused after a failed attempt.
+    std::unordered_map<int, std::string> errors{{0, "old"}, {1, "old"}, {2, "old"}};
     Shader s(kQuad);
     EXPECT_TRUE(s.compile(errors));
+    EXPECT_EQ(errors[0], "");
+    EXPECT_EQ(errors[1], "");
     EXPECT_EQ(errors[2], "");
     EXPECT_TRUE(s.Compiled);
     EXPECT_TRUE(s.compile(errors)); // compiled: nothing to do

@@ -7,10 +7,14 @@
 #include "OpenGL/GLMachine.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/Texture2D.h"
+#include "OpenGL/Texture2DArray.h"
+#include "OpenGL/Texture3D.h"
+#include "OpenGL/TextureCube.h"
 
 #include <QTemporaryDir>
 
 #include <cstring>
+#include <memory>
 
 namespace vel::test {
 namespace {
@@ -145,9 +149,19 @@ TEST_F(Texture2DTest, CompileFromACallersBlockLeavesTheCpuPixelsAlone)
     EXPECT_EQ(back, kPixels);
 }
 
+// The name GL has bound at `unit` for 2D textures.
+unsigned BoundAt(int unit)
+{
+    GLint name = 0;
+    glActiveTexture(GLenum(GL_TEXTURE0 + unit));
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &name);
+    return unsigned(name);
+}
+
 TEST_F(Texture2DTest, UnitsAreHandedOutAsAStack)
 {
     Texture2D a(1, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE), b(1, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+    Texture2D c(1, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
     {
         GLMachine m{&a, &b};
         ASSERT_TRUE(m.enable());
@@ -160,7 +174,39 @@ TEST_F(Texture2DTest, UnitsAreHandedOutAsAStack)
     EXPECT_EQ(Texture::GLActiveTexture, 0);
     EXPECT_FALSE(a.bound);
     EXPECT_EQ(b.activeTexture(), 0); // the next user gets the first unit again
+
+    // Out of order: a unit freed below one still held is not handed out over the held one.
+    ASSERT_EQ(a.activeTexture(), 1);
     b.disable();
+    ASSERT_EQ(c.activeTexture(), 2);
+    EXPECT_EQ(BoundAt(1), a.textureId);
+    EXPECT_EQ(BoundAt(2), c.textureId);
+    a.disable();
+    c.disable();
+    EXPECT_EQ(Texture::GLActiveTexture, 0);
+}
+
+TEST_F(Texture2DTest, CompilingLeavesAForeignBindingInPlace)
+{
+    auto array = std::make_unique<Texture2DArray>();
+    array->resize(2, 2, 2);
+    std::unique_ptr<Texture> const kinds[] = {
+        std::make_unique<Texture2D>(2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE),
+        std::make_unique<Texture3D>(2, 2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE), std::move(array),
+        std::make_unique<TextureCube>(2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE)};
+    for (std::unique_ptr<Texture> const& t : kinds) {
+        SCOPED_TRACE(t->Target());
+        GLuint foreign = 0;
+        glGenTextures(1, &foreign);
+        glActiveTexture(GLenum(GL_TEXTURE0 + Texture::GLActiveTexture)); // the unit an upload borrows
+        glBindTexture(GLenum(t->Target()), foreign);
+        ASSERT_TRUE(t->compile());
+        GLint bound = 0;
+        glGetIntegerv(BindingOf(t->Target()), &bound);
+        EXPECT_EQ(unsigned(bound), foreign);
+        glBindTexture(GLenum(t->Target()), 0);
+        glDeleteTextures(1, &foreign);
+    }
 }
 
 TEST_F(Texture2DTest, MipMapsAverageTheLevelAbove)
@@ -181,6 +227,40 @@ TEST_F(Texture2DTest, MipMapsAverageTheLevelAbove)
     glGetTexImage(GL_TEXTURE_2D, 2, GL_RGBA, GL_UNSIGNED_BYTE, top);
     t.disable();
     EXPECT_NEAR(top[0], 128, 2);
+}
+
+TEST_F(Texture2DTest, MipMapsOfATargetAfterAResize)
+{
+    // levels: as asked; level: the one read back (-1: the whole chain, down to 1 x 1).
+    struct Case {
+        int levels;
+        int level;
+    };
+    for (Case c : {Case{3, 3}, Case{-1, 4}}) {
+        SCOPED_TRACE(c.levels);
+        FBO f(dsNone, 8, 8);
+        Texture2D* t = f.addColor(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+        for (int size : {8, 16}) {
+            f.resize(size, size);
+            ASSERT_TRUE(f.enable());
+            glViewport(0, 0, size, size);
+            glClearColor(0, size == 16 ? 1.0f : 0.0f, 0, 1);
+            glClear(GL_COLOR_BUFFER_BIT);
+            FBO::disable(fbBoth);
+            glGetError();
+            t->generateMipMaps(c.levels);
+            EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
+        }
+        ASSERT_TRUE(t->enable());
+        GLint width = 0;
+        glGetTexLevelParameteriv(GL_TEXTURE_2D, c.level, GL_TEXTURE_WIDTH, &width);
+        std::vector<unsigned char> texel(16 * 16 * 4);
+        if (width > 0)
+            glGetTexImage(GL_TEXTURE_2D, c.level, GL_RGBA, GL_UNSIGNED_BYTE, texel.data());
+        t->disable();
+        EXPECT_EQ(width, 16 >> c.level);
+        EXPECT_EQ(texel[1], 255); // the content after the resize
+    }
 }
 
 TEST_F(Texture2DTest, SaveWritesTopRowFirst)
