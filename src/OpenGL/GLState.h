@@ -24,3 +24,11 @@ extern GLState gl_Cull_Face;
 extern GLState gl_Stencil_Test;
 
 } // namespace vel
+
+namespace vel {
+
+// Reads back from GL what code outside the mirrors (Dear ImGui's renderer) may have changed:
+// the three capabilities, the program in use and the framebuffer bindings.
+void ResyncGLMirrors();
+
+} // namespace vel
