@@ -564,7 +564,7 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
     // 5. Under a popup only the interface's function keys act.
     if (popup) {
         if (key == Qt::Key_F11)
-            ui_callbacks.push_back([this] { emit Communicate::instance().signalClosePopup(); window()->isFullScreen() ? window()->showMaximized() : window()->showFullScreen(); });
+            toggleFullScreen();
         return;
     }
     if (ImGui::GetIO().WantTextInput)
@@ -596,12 +596,23 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
             Rendering::instance().showBoundingBoxes = !Rendering::instance().showBoundingBoxes;
         break;
     case Qt::Key_F11:
-        ui_callbacks.push_back(
-            [this] { window()->isFullScreen() ? window()->showMaximized() : window()->showFullScreen(); });
+        toggleFullScreen();
         break;
     default:
         break;
     }
+}
+
+void GLWidget::toggleFullScreen()
+{
+    // Outside the interface's frame: the window's geometry changes under the widget.
+    ui_callbacks.push_back([this] {
+        QWidget* w = window();
+        if (w->isFullScreen())
+            w->showMaximized();
+        else
+            w->showFullScreen();
+    });
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -115,6 +115,7 @@ private:
 
     void drawNavigation();
     void chooseCursor();
+    void toggleFullScreen();
     void writeReport(char const* event);
 };
 
