@@ -706,6 +706,8 @@ void GLWidget::writeReport(char const* event)
             << "popup=" << UI::popupOpen() << "\n"
             << "fps=" << Rendering::instance().fps << "\n"
             << "device=" << deviceWidth << "x" << deviceHeight << "\n"
+            << "scale=" << ScaleFactor << "\n"
+            << "mouse=" << mouse.x << "," << mouse.y << "\n"
             << "uifb=" << uiFramebuffer->width << "x" << uiFramebuffer->height << "\n"
             << "uiscale=" << uiScale << " auto=" << useAutoScale << "\n";
         for (int i = 0; i < 3 && i < lines.size(); ++i)

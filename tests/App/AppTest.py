@@ -221,6 +221,24 @@ def scenario_close(app):
     check(app.wait_exit() == 0, "the application did not end cleanly (the three counts at close)")
 
 
+def scenario_hidpi(app):
+    """Two device pixels per widget unit: the pointer arrives in device pixels, and the
+    automatic scale (physical over logical resolution, here 1/2) draws the interface at half
+    the device size, so that it comes out twice as large."""
+    app.env["QT_SCALE_FACTOR"] = "2"
+    app.start()
+    state = app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    check(state.get("scale") == "2" and state.get("device") == "1280x800", "device size %r" % state)
+    check(state.get("uifb") == "640x400", "interface framebuffer %r" % state.get("uifb"))
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3")
+    app.xdo("mousemove", "300", "200")
+    app.wait_for("the pointer in device pixels", lambda s: s.get("mouse") == "300,200")
+    check(colors(app.shot("hidpi"), *LOG) > 2, "the log window is not drawn")
+    app.close()
+    check(app.wait_exit() == 0, "the application did not end cleanly")
+
+
 def write_config(app, body):
     with open(os.path.join(app.folder, "vellumbra.xml"), "w") as f:
         f.write(body)
