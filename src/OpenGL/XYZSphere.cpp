@@ -11,8 +11,7 @@ namespace vel {
 
 bool XYZSphere::enableShader()
 {
-    if (!shader)
-        shader = ShaderManager::instance().FromFile(ShaderManager::Path("XYZSphere"));
+    Shader* shader = ShaderManager::instance().ShaderXYZSphere;
     if (!shader || !shader->enable())
         return false;
     if (!positions) {
@@ -51,7 +50,6 @@ void XYZSphere::render()
 
 void XYZSphere::clear()
 {
-    shader = Shared<Shader>();
     positions.reset();
     vertices = 0;
 }

@@ -5,7 +5,6 @@
 // are kept, on the GPU, so no element outlives the window through this singleton.
 #pragma once
 
-#include "Memory/Shared.h"
 #include "Memory/Singleton.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/VertexBuffer.h"
@@ -18,7 +17,6 @@ class XYZSphere : public Singleton<XYZSphere> {
     friend class Singleton<XYZSphere>;
 
 public:
-    Shared<Shader> shader;
     std::unique_ptr<VertexBuffer> positions; // three floats per vertex, three per triangle
     int vertices = 0;
 
@@ -26,7 +24,8 @@ public:
     bool enableShader();
     // Draws with the shader's current transform (Shader::ProjectionModelViewMatrix).
     void render();
-    // Drops the shader and the buffer: call with the context current, before it goes.
+    // Drops the buffer: call with the context current, before it goes. The shader belongs
+    // to the ShaderManager.
     void clear();
 
 private:
