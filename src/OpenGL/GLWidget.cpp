@@ -49,7 +49,6 @@ namespace {
 
 constexpr int NAVIGATION_SIZE = 120;
 constexpr float NAVIGATION_GREY = 0.13333334f;
-constexpr double NAVIGATION_SCALE = 1.8;
 constexpr int LOG_LINES_MAX = 500; // older lines fall off the end of the log
 
 Shared<Texture2D> NewRGBA8(int width, int height)
@@ -347,13 +346,7 @@ void GLWidget::drawNavigation()
     glViewport(0, 0, NAVIGATION_SIZE, NAVIGATION_SIZE);
     glClearColor(NAVIGATION_GREY, NAVIGATION_GREY, NAVIGATION_GREY, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT);
-    Matrix4<double> M;
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c)
-            M(r, c) = view->rotation(r, c) * NAVIGATION_SCALE;
-    M(3, 2) = -1;
-    M(3, 3) = 1;
-    Shader::ProjectionModelViewMatrix = M;
+    Shader::ProjectionModelViewMatrix = XYZSphere::Transform(view->rotation);
     XYZSphere::instance().render();
     glViewport(0, 0, deviceWidth, deviceHeight);
 }

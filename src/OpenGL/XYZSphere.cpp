@@ -36,6 +36,18 @@ bool XYZSphere::enableShader()
     return true;
 }
 
+Matrix4<double> XYZSphere::Transform(Matrix3<double> const& rotation)
+{
+    double const scale = 1.8;
+    Matrix4<double> M;
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c)
+            M(r, c) = rotation(r, c) * scale;
+    M(3, 2) = -1;
+    M(3, 3) = 1;
+    return M;
+}
+
 void XYZSphere::render()
 {
     Shader::setUniform("ProjectionModelViewMatrix", Shader::ProjectionModelViewMatrix);

@@ -5,6 +5,8 @@
 // are kept, on the GPU, so no element outlives the window through this singleton.
 #pragma once
 
+#include "Math/Matrix3.h"
+#include "Math/Matrix4.h"
 #include "Memory/Singleton.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/VertexBuffer.h"
@@ -22,6 +24,8 @@ public:
 
     // Compiles what is missing and makes the shader current; false when it cannot.
     bool enableShader();
+    // The camera's rotation rows scaled to fill the picture, pushed back by one unit.
+    static Matrix4<double> Transform(Matrix3<double> const& rotation);
     // Draws with the shader's current transform (Shader::ProjectionModelViewMatrix).
     void render();
     // Drops the buffer: call with the context current, before it goes. The shader belongs
