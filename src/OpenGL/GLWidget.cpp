@@ -31,6 +31,7 @@
 #include <imgui.h>
 
 #include <cstdlib>
+#include <sys/resource.h>
 #include <fstream>
 
 namespace vel {
@@ -283,8 +284,17 @@ void GLWidget::paintGL()
         glBindVertexArray(vertexArray);
         if (shown) {
             glViewport(0, 0, deviceWidth, deviceHeight);
-            gl_Depth_Test.set(false);
-            GLCopy(shown->color(0));
+            if (shown->width == deviceWidth && shown->height == deviceHeight) {
+                // Same size, opaque: a framebuffer blit, which the software rasteriser does as
+                // a plain memory copy instead of a textured pass over every pixel.
+                VEL_ASSERT(shown->enableRead());
+                glBlitFramebuffer(0, 0, deviceWidth, deviceHeight, 0, 0, deviceWidth, deviceHeight,
+                                  GL_COLOR_BUFFER_BIT, GL_NEAREST);
+                BindDefaultFramebuffer(this);
+            } else {
+                gl_Depth_Test.set(false);
+                GLCopy(shown->color(0));
+            }
         }
     }
     ForgetShader();
@@ -296,12 +306,23 @@ void GLWidget::paintGL()
         glBindVertexArray(vertexArray);
         glViewport(0, 0, deviceWidth, deviceHeight);
         gl_Depth_Test.set(false);
-        glEnable(GL_BLEND);
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-        glBlendEquation(GL_FUNC_ADD);
-        GLCopy(uiFramebuffer->texture());
-        ForgetShader();
-        glDisable(GL_BLEND);
+        // Only where the interface drew: a full-screen blend costs the software rasteriser a
+        // good part of a frame, and most of the screen is the view.
+        float const* d = UI::instance().drawn;
+        float s = float(deviceWidth) / float(uiFramebuffer->width);
+        int x0 = int(d[0] * s), x1 = int(std::ceil(d[2] * s));
+        int y0 = deviceHeight - int(std::ceil(d[3] * s)), y1 = deviceHeight - int(d[1] * s);
+        if (x1 > x0 && y1 > y0) {
+            glEnable(GL_SCISSOR_TEST);
+            glScissor(x0, y0, x1 - x0, y1 - y0);
+            glEnable(GL_BLEND);
+            glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+            glBlendEquation(GL_FUNC_ADD);
+            GLCopy(uiFramebuffer->texture());
+            ForgetShader();
+            glDisable(GL_BLEND);
+            glDisable(GL_SCISSOR_TEST);
+        }
     }
 
     // 14. Deferred work; what it pushes runs next frame.
@@ -684,6 +705,13 @@ void GLWidget::writeReport(char const* event)
     if (!final && totalTime - reportClock < 0.1)
         return;
     reportClock = totalTime;
+    // Processor time per frame since the last report, all threads (the software rasteriser's too).
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    double cpu = usage.ru_utime.tv_sec + usage.ru_stime.tv_sec + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) * 1e-6;
+    double cpuPerFrame = view->frame > reportFrame ? (cpu - reportCpu) / double(view->frame - reportFrame) : 0.0;
+    reportCpu = cpu;
+    reportFrame = view->frame;
     QStringList lines = logText.split(QLatin1Char('\n'));
     std::string tmp = std::string(path) + ".tmp";
     {
@@ -698,6 +726,7 @@ void GLWidget::writeReport(char const* event)
             << "start=" << uiBase_start << "\n"
             << "popup=" << UI::popupOpen() << "\n"
             << "fps=" << Rendering::instance().fps << "\n"
+            << "cpu_ms=" << cpuPerFrame * 1000.0 << "\n"
             << "device=" << deviceWidth << "x" << deviceHeight << "\n"
             << "scale=" << ScaleFactor << "\n"
             << "mouse=" << mouse.x << "," << mouse.y << "\n"

@@ -112,6 +112,8 @@ private:
     int penState = 0; // 0 away, 1 near, 2 touching
     std::string glDescription;
     double reportClock = 0;
+    double reportCpu = 0;  // process seconds at the last report
+    long reportFrame = 0;
 
     void drawNavigation();
     void chooseCursor();

@@ -9,6 +9,7 @@
 #include <imgui.h>
 #include <backends/imgui_impl_opengl3.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace vel {
@@ -87,7 +88,22 @@ void UI::end_frame()
     ImGui::Render();
     glClearColor(0, 0, 0, 0);
     glClear(GL_COLOR_BUFFER_BIT);
-    ImGui_ImplOpenGL3_RenderDrawData(ImGui::GetDrawData());
+    ImDrawData* data = ImGui::GetDrawData();
+    ImGui_ImplOpenGL3_RenderDrawData(data);
+    // The union of the clip rectangles of every draw command.
+    float box[4] = {1e30f, 1e30f, -1e30f, -1e30f};
+    for (int i = 0; i < data->CmdListsCount; ++i) {
+        for (ImDrawCmd const& cmd : data->CmdLists[i]->CmdBuffer) {
+            box[0] = std::min(box[0], cmd.ClipRect.x);
+            box[1] = std::min(box[1], cmd.ClipRect.y);
+            box[2] = std::max(box[2], cmd.ClipRect.z);
+            box[3] = std::max(box[3], cmd.ClipRect.w);
+        }
+    }
+    drawn[0] = std::max(box[0], 0.0f);
+    drawn[1] = std::max(box[1], 0.0f);
+    drawn[2] = std::min(box[2], data->DisplaySize.x);
+    drawn[3] = std::min(box[3], data->DisplaySize.y);
     // ImGui sets blending, scissor, programs and bindings itself.
     ResyncGLMirrors();
 }

@@ -41,6 +41,10 @@ public:
         std::string gl; // version and renderer, for the info window
     };
 
+    // What the last end_frame drew, in framebuffer pixels from the top left: x0, y0, x1, y1.
+    // Empty (x1 <= x0) when nothing was drawn. Lets the frame blend only that part.
+    float drawn[4] = {0, 0, 0, 0};
+
     bool started = false;
     bool showInfo = false;
     bool showText = false;
