@@ -1,3 +1,12 @@
+// GLWidget: the frame loop and the widget's event handlers.
+//
+// Index
+// - construction, GL set-up and teardown
+// - the frame: paintGL and its steps (numbered as they run)
+// - input events: they only store state, the frame acts on it
+// - slots of the Communicate hub
+// - the test report (VELLUMBRA_REPORT)
+// - BlockAllActions
 #include "OpenGL/GLWidget.h"
 
 #include "Core/Assert.h"
