@@ -431,9 +431,10 @@ void GLWidget::imguiUpdateInput()
         io.KeysDown[slot] = uiKeys[i].second;
     }
     uiKeys.erase(uiKeys.begin(), uiKeys.begin() + long(i));
-    io.KeyCtrl = keys.control();
-    io.KeyShift = keys.shift();
-    io.KeyAlt = keys.alt();
+    // The polled keys, or where they cannot be polled, what the last key event said.
+    io.KeyCtrl = keys.control() || (keyModifiers & Qt::ControlModifier);
+    io.KeyShift = keys.shift() || (keyModifiers & Qt::ShiftModifier);
+    io.KeyAlt = keys.alt() || (keyModifiers & Qt::AltModifier);
 }
 
 void GLWidget::imguiFrame()
@@ -544,6 +545,7 @@ void GLWidget::focusOutEvent(QFocusEvent* event)
 
 void GLWidget::keyReleaseEvent(QKeyEvent* event)
 {
+    keyModifiers = event->modifiers();
     int slot = UIKeySlot(event->key());
     if (slot > 0 && !event->isAutoRepeat())
         uiKeys.emplace_back(slot, false);
@@ -553,6 +555,7 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
 {
     int key = event->key();
     Qt::KeyboardModifiers mods = event->modifiers();
+    keyModifiers = mods;
     bool ctrl = mods & Qt::ControlModifier;
     bool shift = mods & Qt::ShiftModifier;
     bool started = uiBase_start >= 3;

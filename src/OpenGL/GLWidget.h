@@ -106,8 +106,8 @@ protected:
 private:
     std::vector<bool> clicked = std::vector<bool>(3, false); // went down since the last frame
     std::vector<std::pair<int, bool>> uiKeys; // key events for the interface, in order
+    Qt::KeyboardModifiers keyModifiers;       // of the last key event
     Shared<Texture2D> navigationTexture;
-    bool penDown = false;
     float pressure = 1.0f;
     int penState = 0; // 0 away, 1 near, 2 touching
     std::string glDescription;
