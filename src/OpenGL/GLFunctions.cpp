@@ -4,6 +4,7 @@
 #include "OpenGL/GLMachine.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
 #include "OpenGL/Texture2D.h"
 
 #include <glad/gl.h>
@@ -32,6 +33,14 @@ void GLFill()
 void GLSegment()
 {
     glDrawArrays(GL_LINES, 0, 2);
+}
+
+void GLCopy(Texture2D* source)
+{
+    GLMachine m{ShaderManager::instance().ShaderCopy, source};
+    VEL_ASSERT(m.enable());
+    Shader::setUniform("Image", source->activeTexture());
+    GLFill();
 }
 
 void GLSimpleFilter(Shader* shader, Texture2D* source, Texture2D* target)

@@ -19,6 +19,9 @@ void GLFill();
 void GLSegment();
 // `shader` over `source` into `target`'s attachment (GL_COLOR_ATTACHMENT0 when null); the
 // framebuffer must already be bound for drawing. The sampler is the uniform "Image".
+// `source` over the whole framebuffer bound for drawing, through the built-in "Copy"; the
+// blending in force applies.
+void GLCopy(Texture2D* source);
 void GLSimpleFilter(Shader* shader, Texture2D* source, Texture2D* target);
 
 } // namespace vel

@@ -24,6 +24,9 @@ public:
     bool showCurves = true;
     bool showTransparent = true;
     bool showRigidBodies = true;
+    // The frame loop's clocks.
+    float fps = 0.0f;       // frames per second over the last ten frames
+    double idleTime = 0.0;  // seconds since the viewport last changed
 
     Rendering() = default;
 

@@ -6,6 +6,7 @@
 static void InitShaderResources()
 {
     Q_INIT_RESOURCE(shaders);
+    Q_INIT_RESOURCE(app);
 }
 
 namespace vel {

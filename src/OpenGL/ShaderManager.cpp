@@ -18,6 +18,7 @@ ShaderManager::ShaderManager()
     ShaderCopy = builtin(FromFile(Path("Copy")));
     ShaderCopyGreyMax = builtin(FromFile(Path("Copy"), "", "GREY_MAX"));
     ShaderFillVec4 = builtin(FromFile(Path("FillVec4")));
+    ShaderXYZSphere = builtin(FromFile(Path("XYZSphere")));
 }
 
 Shader* ShaderManager::builtin(Shared<Shader> const& shader)

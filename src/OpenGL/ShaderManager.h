@@ -31,6 +31,7 @@ public:
     Shader* ShaderCopy = nullptr;        // "Copy": the texture "Image" to the target
     Shader* ShaderCopyGreyMax = nullptr; // "Copy" with GREY_MAX: grey from the largest channel
     Shader* ShaderFillVec4 = nullptr;    // "FillVec4": the uniform "Color" everywhere
+    Shader* ShaderXYZSphere = nullptr;   // "XYZSphere": the navigation sphere
 
     // ---- factories; each returns a null Shared when the text comes out empty
     Shared<Shader> FromText(std::string const& text, std::string const& vert_defs = {},

@@ -1,0 +1,9 @@
+#include "OpenGL/Mouse.h"
+
+namespace vel {
+
+Mouse mouseRead;
+Mouse mouse;
+Mouse mouseui;
+
+} // namespace vel

@@ -1,0 +1,326 @@
+#!/usr/bin/env python3
+"""Drives the real application on its own Xvfb display, in its own working folder.
+
+Usage: AppTest.py SCENARIO PATH_TO_VELLUMBRA
+
+The application writes a few lines of state to $VELLUMBRA_REPORT (see GLWidget's test
+report); pixels come from screenshots of the root window. Everything is polled with generous
+time limits: the machine may be slow and loaded.
+"""
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+LIMIT = 180.0  # seconds for any one expected change
+
+
+class Failure(Exception):
+    pass
+
+
+class Display:
+    """An Xvfb of its own: -displayfd lets the server pick a free number atomically."""
+
+    def __init__(self):
+        read, write = os.pipe()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write), "-noreset", "-nolisten", "tcp", "-screen", "0", "1280x800x24"],
+            pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(write)
+        number = b""
+        while not number.endswith(b"\n"):
+            chunk = os.read(read, 16)
+            if not chunk:
+                raise Failure("Xvfb did not start")
+            number += chunk
+        os.close(read)
+        self.name = ":" + number.decode().strip()
+
+    def close(self):
+        self.server.terminate()
+        self.server.wait()
+
+
+class App:
+    def __init__(self, exe, display, folder, scene=False):
+        self.exe, self.display, self.folder = exe, display, folder
+        self.report_path = os.path.join(folder, "report.txt")
+        self.env = dict(os.environ, DISPLAY=display.name, VELLUMBRA_REPORT=self.report_path)
+        self.env.pop("LIBGL_ALWAYS_SOFTWARE", None)
+        if scene:
+            self.env["VELLUMBRA_TEST_SCENE"] = "1"
+        self.reports = []
+
+    def start(self):
+        if os.path.exists(self.report_path):
+            os.remove(self.report_path)
+        self.process = subprocess.Popen([self.exe], cwd=self.folder, env=self.env)
+
+    def report(self):
+        try:
+            with open(self.report_path) as f:
+                state = dict(line.rstrip("\n").split("=", 1) for line in f if "=" in line)
+        except FileNotFoundError:
+            return {}
+        if not self.reports or self.reports[-1] != state:
+            self.reports.append(state)
+        return state
+
+    def wait_for(self, what, predicate):
+        end = time.time() + LIMIT
+        while time.time() < end:
+            if self.process.poll() is not None:
+                raise Failure("the application ended (%d) waiting for %s" % (self.process.returncode, what))
+            state = self.report()
+            if predicate(state):
+                return state
+            time.sleep(0.1)
+        raise Failure("timed out waiting for %s; last report %r" % (what, self.report()))
+
+    def xdo(self, *args):
+        return subprocess.run(["xdotool"] + list(args), env=self.env, check=True, capture_output=True,
+                              text=True).stdout
+
+    def key(self, key):
+        self.xdo("mousemove", "640", "300")
+        self.xdo("key", key)
+
+    def windows(self):
+        out = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^VELLUMBRA$"], env=self.env,
+                             capture_output=True, text=True).stdout
+        return out.split()
+
+    def shot(self, name):
+        path = os.path.join(self.folder, name + ".png")
+        subprocess.run(["import", "-window", "root", path], env=self.env, check=True)
+        return path
+
+    def close(self):
+        self.process.send_signal(signal.SIGTERM)
+
+    def wait_exit(self):
+        try:
+            return self.process.wait(LIMIT)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            raise Failure("the application did not end")
+
+
+def colors(png, x, y, w, h):
+    """Distinct colours in a region of a screenshot."""
+    out = subprocess.run(["convert", png, "-crop", "%dx%d+%d+%d" % (w, h, x, y), "+repage", "-format", "%k",
+                          "info:"], check=True, capture_output=True, text=True).stdout
+    return int(out)
+
+
+def check(condition, message):
+    if not condition:
+        raise Failure(message)
+
+
+def shown(state):
+    return state.get("shown") == "1" and state.get("opacity") == "1"
+
+
+# Regions of a 1280x800 screen at interface scale 1 (see UI.cpp): the log window, the
+# navigation sphere, and a stretch of empty stage.
+LOG = (860, 640, 400, 140)
+NAVIGATION = (1150, 20, 116, 116)
+STAGE = (100, 100, 300, 200)
+
+
+def figures(app, state):
+    ready = [state[k] for k in ("log0", "log1", "log2") if "Ready in" in state.get(k, "")]
+    print("figures: fps=%s cpu_ms_per_frame=%s %s" % (state.get("fps"), state.get("cpu_ms"),
+                                                     ready[0].strip() if ready else ""))
+
+
+def scenario_start(app):
+    """The window shows only after a finished frame, with the interface drawn over the stage;
+    Ctrl+` hides and shows the interface; an empty scene closes without a question."""
+    app.start()
+    state = app.wait_for("the window to show", shown)
+    check(all(r.get("opacity") == "0" for r in app.reports if r.get("shown") != "1"),
+          "the window was visible before its first frame: %r" % app.reports)
+    check(int(state["frames"]) >= 1, "shown before any frame")
+    check(app.windows(), "no visible window titled VELLUMBRA")
+    png = app.shot("interface")
+    check(colors(png, *LOG) > 2, "the log window is not drawn")
+    check(colors(png, *NAVIGATION) > 8, "the navigation sphere is not drawn")
+    check(colors(png, *STAGE) == 1, "the empty stage is not one colour")
+
+    app.key("ctrl+grave")
+    app.wait_for("the interface to hide", lambda s: s.get("ui") == "0")
+    time.sleep(0.5)
+    check(colors(app.shot("hidden"), *LOG) == 1, "the interface is still drawn after Ctrl+`")
+    app.key("ctrl+grave")
+    app.wait_for("the interface to show", lambda s: s.get("ui") == "1")
+    time.sleep(0.5)
+    check(colors(app.shot("again"), *LOG) > 2, "the interface did not come back")
+
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("popup") == "0")
+    time.sleep(3)  # a steady frame rate for the figures, with nothing but the log and the sphere
+    figures(app, app.report())
+    app.close()
+    check(app.wait_exit() == 0, "the application did not end cleanly (the three counts at close)")
+    check(len(app.windows()) == 0, "a window is left")
+    check(os.path.exists(os.path.join(app.folder, "vellumbra.xml")), "no configuration written at close")
+
+
+def scenario_keys(app):
+    """Keys wait for the start phase, but Ctrl+` does not; I opens the key sheet."""
+    app.start()
+    app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    app.key("i")
+    app.key("ctrl+grave")
+    app.wait_for("the interface to hide during the start phase", lambda s: s.get("ui") == "0")
+    check(app.report().get("text") == "", "I acted during the start phase")
+    app.key("ctrl+grave")
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("ui") == "1")
+    app.key("i")
+    app.wait_for("the key sheet", lambda s: s.get("text") == "Controls")
+    time.sleep(0.5)
+    check(colors(app.shot("sheet"), 400, 120, 400, 300) > 1, "the key sheet is not drawn")
+    app.key("shift+i")
+    app.wait_for("the info window", lambda s: s.get("info") == "1")
+    app.key("i")
+    app.wait_for("the key sheet to close", lambda s: s.get("text") == "")
+    app.close()
+    check(app.wait_exit() == 0, "the application did not end cleanly")
+
+
+def scenario_close(app):
+    """A scene that is not empty asks before closing; No keeps the program, Yes ends it with
+    nothing of the scene left."""
+    app.start()
+    app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("popup") == "0")
+    for answer in ("alt+n", "alt+y"):
+        app.close()
+        end = time.time() + LIMIT
+        while len(app.windows()) < 2:
+            check(time.time() < end, "no question at close")
+            time.sleep(0.1)
+        box = app.windows()[-1]
+        app.xdo("windowfocus", "--sync", box)
+        app.xdo("key", "--clearmodifiers", answer)
+        if answer == "alt+n":
+            end = time.time() + LIMIT
+            while len(app.windows()) > 1:
+                check(time.time() < end, "the question did not go away")
+                time.sleep(0.1)
+            time.sleep(1)
+            check(app.process.poll() is None, "No ended the program")
+    check(app.wait_exit() == 0, "the application did not end cleanly (the three counts at close)")
+
+
+def scenario_hidpi(app):
+    """Two device pixels per widget unit: the pointer arrives in device pixels, and the
+    automatic scale (physical over logical resolution, here 1/2) draws the interface at half
+    the device size, so that it comes out twice as large."""
+    app.env["QT_SCALE_FACTOR"] = "2"
+    app.start()
+    state = app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    check(state.get("scale") == "2" and state.get("device") == "1280x800", "device size %r" % state)
+    check(state.get("uifb") == "640x400", "interface framebuffer %r" % state.get("uifb"))
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3")
+    app.xdo("mousemove", "300", "200")
+    app.wait_for("the pointer in device pixels", lambda s: s.get("mouse") == "300,200")
+    check(colors(app.shot("hidpi"), *LOG) > 2, "the log window is not drawn")
+    app.close()
+    check(app.wait_exit() == 0, "the application did not end cleanly")
+
+
+def write_config(app, body):
+    with open(os.path.join(app.folder, "vellumbra.xml"), "w") as f:
+        f.write(body)
+
+
+def read_config(app):
+    with open(os.path.join(app.folder, "vellumbra.xml")) as f:
+        return f.read()
+
+
+def run_and_close(app):
+    app.start()
+    state = app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("popup") == "0")
+    app.close()
+    check(app.wait_exit() == 0, "the application did not end cleanly")
+    return state
+
+
+def scenario_config(app):
+    """What is written at close is read at the next start: scale rules, eight recent files,
+    a gap ending the list."""
+    files = "".join('<File%d path="/r/%d.vsc"/>' % (i, i) for i in list(range(1, 10)) + [11])
+    write_config(app, '<?xml version="1.0"?><Vellumbra><Version value="20230711"/><FPS cap="1" max="120"/>'
+                      '<UIScale auto="0" value="2"/><RecentFiles>%s</RecentFiles></Vellumbra>' % files)
+    for run in range(2):
+        state = run_and_close(app)
+        check(state.get("uiscale") == "0.5 auto=0", "interface scale %r on run %d" % (state.get("uiscale"), run))
+        check(state.get("uifb") == "640x400", "interface framebuffer %r" % state.get("uifb"))
+        text = read_config(app)
+        written = re.findall(r'<File(\d+) path="([^"]*)"', text)
+        check(written == [(str(i), "/r/%d.vsc" % i) for i in range(1, 9)], "recent files written %r" % written)
+        check(re.search(r'<UIScale auto="0" value="2"', text), "UIScale written as %r" % text)
+        check(re.search(r'<FPS cap="1" max="120"', text), "FPS written as %r" % text)
+
+    write_config(app, text.replace("<File3 ", "<Gap "))
+    run_and_close(app)
+    written = re.findall(r"<File(\d+) ", read_config(app))
+    check(written == ["1", "2"], "a gap did not end the list: %r" % written)
+
+
+def scenario_broken(app):
+    """A broken, truncated or missing configuration starts with the defaults and a window, and
+    says so in the log, newest first."""
+    good = ('<?xml version="1.0"?><Vellumbra><UIScale auto="0" value="2"/>'
+            '<RecentFiles><File1 path="/a.vsc"/></RecentFiles></Vellumbra>')
+    for name, text in (("truncated", good[: len(good) // 2]), ("broken", "\x00\x01<<<"), ("missing", None)):
+        path = os.path.join(app.folder, "vellumbra.xml")
+        if text is None:
+            if os.path.exists(path):
+                os.remove(path)
+        else:
+            write_config(app, text)
+        state = run_and_close(app)
+        check(state.get("uiscale") == "1 auto=1", "%s: not the default scale: %r" % (name, state))
+        lines = [state.get("log%d" % i, "") for i in range(3)]
+        check(lines[0].startswith(" i  Ready in") and lines[1].startswith(" i  OpenGL"),
+              "%s: log not newest first: %r" % (name, lines))
+        warned = lines[2].startswith("[w] vellumbra.xml cannot be read")
+        check(warned == (text is not None), "%s: log %r" % (name, lines))
+
+
+def main():
+    scenario, exe = sys.argv[1], os.path.abspath(sys.argv[2])
+    folder = tempfile.mkdtemp(prefix="vellumbra-%s-" % scenario)
+    display = Display()
+    app = App(exe, display, folder, scene=(scenario == "close"))
+    try:
+        globals()["scenario_" + scenario](app)
+    except Failure as failure:
+        print("FAILED %s: %s (files kept in %s)" % (scenario, failure, folder))
+        if getattr(app, "process", None) and app.process.poll() is None:
+            app.process.kill()
+        display.close()
+        return 1
+    display.close()
+    shutil.rmtree(folder, ignore_errors=True)
+    print("passed", scenario)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
