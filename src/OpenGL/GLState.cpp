@@ -44,26 +44,3 @@ void ResyncGLMirrors()
 }
 
 } // namespace vel
-
-#include "OpenGL/FBO.h"
-#include "OpenGL/Shader.h"
-
-namespace vel {
-
-void ResyncGLMirrors()
-{
-    for (GLState* s : {&gl_Depth_Test, &gl_Cull_Face, &gl_Stencil_Test})
-        s->value = glIsEnabled(s->capability) == GL_TRUE;
-    GLint program = 0, draw = 0, read = 0;
-    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
-    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &draw);
-    glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &read);
-    if (unsigned(program) != Shader::id) {
-        Shader::id = unsigned(program);
-        Shader::Current = nullptr;
-    }
-    FBO::DRAW_ID = unsigned(draw);
-    FBO::READ_ID = unsigned(read);
-}
-
-} // namespace vel

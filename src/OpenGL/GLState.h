@@ -32,11 +32,3 @@ extern GLState gl_Stencil_Test;
 void ResyncGLMirrors();
 
 } // namespace vel
-
-namespace vel {
-
-// Reads back from GL what code outside the mirrors (Dear ImGui's renderer) may have changed:
-// the three capabilities, the program in use and the framebuffer bindings.
-void ResyncGLMirrors();
-
-} // namespace vel
