@@ -91,21 +91,26 @@ std::string ImageSizeProblem(QByteArray const& format, int width, int height, lo
 
 std::string ImageHeaderProblem(QImageReader& reader, int maxSize)
 {
-    QSize size = reader.size();
     QByteArray format = reader.format();
     if (format.isEmpty() || !reader.device())
         return "not an image of a known kind.";
+    long long fileBytes = reader.device()->size();
+    // A GIF reader decodes to the logical screen, whatever the frames cover, and allocates
+    // it even to answer the size: the screen is checked first, from the header itself.
+    QByteArray head = reader.device()->peek(10);
+    if (format == "gif") {
+        if (head.size() < 10)
+            return "the header is truncated.";
+        auto le16 = [&head](int at) { return int(uchar(head[at])) | int(uchar(head[at + 1])) << 8; };
+        std::string problem = ImageSizeProblem(format, le16(6), le16(8), 1, fileBytes, maxSize);
+        if (!problem.empty())
+            return problem;
+    }
+    QSize size = reader.size();
     // A reader that cannot tell the size without decoding would decode it all: refuse.
     if (!size.isValid())
         return "the image's size cannot be read from its header.";
-    // A GIF reader answers the first frame's size, but decodes to the logical screen,
-    // whatever the frames cover.
-    QByteArray head = reader.device()->peek(10);
-    if (format == "gif" && head.size() == 10) {
-        auto le16 = [&head](int at) { return int(uchar(head[at])) | int(uchar(head[at + 1])) << 8; };
-        size = size.expandedTo(QSize(le16(6), le16(8)));
-    }
-    return ImageSizeProblem(format, size.width(), size.height(), 1, reader.device()->size(), maxSize);
+    return ImageSizeProblem(format, size.width(), size.height(), 1, fileBytes, maxSize);
 }
 
 QImage ReadCheckedImage(QString const& path, int maxSize)
