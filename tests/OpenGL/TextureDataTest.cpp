@@ -80,15 +80,6 @@ TEST(TextureData, BytesPerPixelByInternalFormat)
     }
 }
 
-TEST(TextureData, DataMaxValueByPixelType)
-{
-    EXPECT_EQ(Texture2D(1, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE).dataMaxValue(), 255.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R16, GL_RED, GL_UNSIGNED_SHORT).dataMaxValue(), 65535.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R16_SNORM, GL_RED, GL_SHORT).dataMaxValue(), 32767.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R32I, GL_RED_INTEGER, GL_INT).dataMaxValue(), 2147483648.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R32F, GL_RED, GL_FLOAT).dataMaxValue(), 1.0f);
-}
-
 TEST(TextureData, GetFloatReadsTheFirstChannelInTheTypesUnits)
 {
     unsigned char bytes[] = {10, 20, 30, 40, 50, 60, 70, 80};

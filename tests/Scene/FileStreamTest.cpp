@@ -56,7 +56,6 @@ TEST(FileStreams, CorruptLengthsAreRefusedWithoutAllocating)
     negative.writeValue(int(-5));
     IFile in2(QByteArray(negative.bytes().data(), int(negative.bytes().size())));
     EXPECT_FALSE(in2.readString(text));
-    EXPECT_FALSE(in2.skipRawData(100));
 }
 
 TEST(FileStreams, SkipsStayInsideTheStream)
