@@ -1,6 +1,5 @@
 #include "FuzzFiles.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -10,10 +9,7 @@ namespace vel::fuzz {
 std::string const& Folder()
 {
     static QTemporaryDir dir;
-    static std::string path = [] {
-        QDir::setCurrent(dir.path());
-        return dir.path().toStdString();
-    }();
+    static std::string path = dir.path().toStdString();
     return path;
 }
 

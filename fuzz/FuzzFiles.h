@@ -1,6 +1,6 @@
 // The image readers take paths, not bytes: a fuzz input is written to a file of the wanted
-// name in a folder private to the process, which is also the working folder, so that
-// relative paths in a list file stay inside it.
+// name in a folder private to the process. The working folder stays: libFuzzer reads its
+// inputs by the paths it was given.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace vel::fuzz {
 
-// The private folder (made and entered on first use).
+// The private folder (made on first use).
 std::string const& Folder();
 
 // Writes `size` bytes to `name` in the private folder; returns its path.

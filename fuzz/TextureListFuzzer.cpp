@@ -1,6 +1,7 @@
 // Texture list files: the input is the list. Its lines name files of the private folder,
-// where a small image waits under "a.png"; a line that leaves the folder is dropped, so that
-// the fuzzer reads nothing else on the machine.
+// where a small image waits under "a.png": each line that is not blank gets the folder in
+// front, and an input with a "/" of its own is skipped, so that the fuzzer reads nothing
+// else on the machine.
 #include "FuzzFiles.h"
 
 #include "OpenGL/Texture2DArray.h"
@@ -8,6 +9,7 @@
 #include <QImage>
 
 #include <algorithm>
+#include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
 {
@@ -19,7 +21,16 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     (void)ready;
     if (std::find(data, data + size, uint8_t('/')) != data + size)
         return 0;
-    std::string list = vel::fuzz::WriteInput("list.txt", data, size);
+    std::string text;
+    bool lineStart = true;
+    for (size_t i = 0; i < size; ++i) {
+        char c = char(data[i]);
+        if (lineStart && c != '\n' && c != '\r')
+            text += vel::fuzz::Folder() + "/";
+        text += c;
+        lineStart = c == '\n';
+    }
+    std::string list = vel::fuzz::WriteInput("list.txt", reinterpret_cast<uint8_t const*>(text.data()), text.size());
     vel::Texture2DArray array;
     array.loadFiles(list);
     return 0;

@@ -70,6 +70,42 @@ long long MinimumHdrBytes(int width, int height)
     return (4 + 4 * 2 * runs) * (long long)height;
 }
 
+bool HdrRunsAreSound(unsigned char const* bytes, long long size, int width, int height)
+{
+    // The pixels start after the blank line that ends the header and the resolution line.
+    long long at = 0;
+    while (at + 1 < size && !(bytes[at] == '\n' && bytes[at + 1] == '\n'))
+        ++at;
+    at += 2;
+    while (at < size && bytes[at] != '\n')
+        ++at;
+    ++at;
+    if (width < 8 || width > 32767)
+        return true; // flat pixels: a short file reads as zeros, which ends
+    for (int y = 0; y < height; ++y) {
+        if (at + 4 > size)
+            return false;
+        if (bytes[at] != 2 || bytes[at + 1] != 2 || (bytes[at + 2] & 0x80))
+            return true; // not run-length encoded: read flat from here on
+        at += 4;
+        for (int channel = 0; channel < 4; ++channel)
+            for (int x = 0; x < width;) {
+                if (at >= size || bytes[at] == 0)
+                    return false;
+                int count = bytes[at++];
+                int values = count > 128 ? 1 : count;
+                count = count > 128 ? count - 128 : count;
+                if (count > width - x)
+                    return true; // the decoder refuses this itself
+                if (at + values > size)
+                    return false;
+                at += values;
+                x += count;
+            }
+    }
+    return true;
+}
+
 std::string ImageSizeProblem(QByteArray const& format, int width, int height, long long frames,
                              long long fileBytes, int maxSize)
 {
@@ -119,6 +155,7 @@ QImage ReadCheckedImage(QString const& path, int maxSize)
     if (!QFileInfo(path).isFile())
         return GeneratedImage(path);
     QImageReader reader(path);
+    reader.setDecideFormatFromContent(true);
     std::string problem = ImageHeaderProblem(reader, maxSize);
     QImage image;
     if (problem.empty() && !reader.read(&image))

@@ -31,6 +31,11 @@ long long MaxDecodedPixels(QByteArray const& format, long long fileBytes);
 // files are measured by this rather than by MaxDecodedPixels.
 long long MinimumHdrBytes(int width, int height);
 
+// Whether the run-length scanlines of a Radiance file hold together: every run has a length
+// and the bytes it needs. stb's reader loops for ever on a run of length 0, which is what it
+// reads past the end of a truncated file.
+bool HdrRunsAreSound(unsigned char const* bytes, long long size, int width, int height);
+
 // Empty when `frames` pictures of width x height may come from `fileBytes` bytes of
 // `format` and each side fits `maxSize`; otherwise why not, as a message ends.
 std::string ImageSizeProblem(QByteArray const& format, int width, int height, long long frames,

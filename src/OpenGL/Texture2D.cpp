@@ -82,6 +82,8 @@ bool Texture2D::load(std::string const& path, bool mirror, int wrap, int filter)
     clear();
     name = path;
     QImageReader reader(file);
+    // By content, not by name: a named kind's reader decodes just to say whether it can read.
+    reader.setDecideFormatFromContent(true);
     std::string problem = ImageHeaderProblem(reader, MAX_TEXTURE_SIZE);
     QImage image;
     if (problem.empty()) {

@@ -47,6 +47,8 @@ bool Texture3D::load(std::string const& path, bool mirror)
         return false;
     }
     QImageReader reader(file);
+    // By content, not by name: a named kind's reader decodes just to say whether it can read.
+    reader.setDecideFormatFromContent(true);
     std::string problem = ImageHeaderProblem(reader, MAX_TEXTURE_3D_SIZE);
     // Frames go straight into the pixels, so that the animation is held once, not twice.
     int frames = 0;

@@ -84,22 +84,26 @@ bool TextureCube::loadhdr(std::string const& path)
     auto const* raw = reinterpret_cast<stbi_uc const*>(bytes.constData());
     int w = 0, h = 0, channels = 0;
     std::string problem;
-    // stb would decode any kind it knows, and trusts the declared size: check both first.
-    // No bytes (no such file) is the caller's to report.
-    if (bytes.isEmpty())
-        problem.clear();
-    else if (!stbi_is_hdr_from_memory(raw, bytes.size()))
-        problem = "not a Radiance HDR image.";
-    else if (!stbi_info_from_memory(raw, bytes.size(), &w, &h, &channels))
-        problem = "the header cannot be read.";
-    else
-        problem = ImageSizeProblem("hdr", w, h, 1, bytes.size(), MAX_TEXTURE_SIZE);
     float* pixels = nullptr;
+    // No bytes (no such file) is the caller's to report. stb would decode any kind it knows,
+    // and trusts the declared size: both are checked first.
+    if (!bytes.isEmpty()) {
+        if (!stbi_is_hdr_from_memory(raw, bytes.size()))
+            problem = "not a Radiance HDR image.";
+        else if (!stbi_info_from_memory(raw, bytes.size(), &w, &h, &channels))
+            problem = "the header cannot be read.";
+        else
+            problem = ImageSizeProblem("hdr", w, h, 1, bytes.size(), MAX_TEXTURE_SIZE);
+        if (problem.empty() && !HdrRunsAreSound(raw, bytes.size(), w, h))
+            problem = "the run-length data is truncated or broken.";
+    }
     if (!bytes.isEmpty() && problem.empty()) {
         // Rows stay top first: they are moved below from the last one up.
+        stbi_set_flip_vertically_on_load(0);
         pixels = stbi_loadf_from_memory(raw, bytes.size(), &w, &h, &channels, 3);
+        char const* why = stbi_failure_reason();
         if (!pixels)
-            problem = std::string("the image cannot be decoded (") + stbi_failure_reason() + ").";
+            problem = std::string("the image cannot be decoded (") + (why ? why : "no reason given") + ").";
     }
     if (!pixels) {
         if (!problem.empty())

@@ -100,6 +100,7 @@ TEST_F(ImageLimitsTest, HeadersThatOverstateTheFileAreRefusedWithAMessage)
         {"flat.hdr", Hdr(7, 1000, std::string(100, '\x80')), "cannot hold"},
         {"tga.hdr", RleTga(14000, 14000), "not a Radiance HDR image"},
         {"zero.hdr", Hdr(0, 4, std::string(64, '\x80')), "no pixels"},
+        {"runs.hdr", Hdr(9, 4, std::string("\x02\x02\x00\x09\x89\x80", 6)), "run-length data"},
         {"rle.bmp", RleBmp(15000, 15000), "cannot hold"},
         {"wide.bmp", RleBmp(17000, 2), "exceeds the texture limit"},
         {"wide.png", "", "exceeds the texture limit"},
