@@ -18,6 +18,7 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libopenmesh-dev
   glslang-tools
+  clang-14 libclang-rt-14-dev
   xvfb xauth xdotool imagemagick
 )
 

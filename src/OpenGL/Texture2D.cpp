@@ -2,8 +2,11 @@
 
 #include "Core/Assert.h"
 #include "Memory/ScratchpadMemory.h"
-#include "OpenGL/GeneratedImages.h"
+#include "OpenGL/ImageLimits.h"
 #include "OpenGL/LogMsg.h"
+
+#include <QFileInfo>
+#include <QImageReader>
 
 #include <cmath>
 #include <cstdlib>
@@ -72,7 +75,60 @@ bool Texture2D::load(std::string const& path)
 
 bool Texture2D::load(std::string const& path, bool mirror, int wrap, int filter)
 {
-    return load(ReadImage(QString::fromStdString(path)), path, mirror, wrap, filter);
+    QString file = QString::fromStdString(path);
+    // Scaled and generated images take the general road through a QImage of their own.
+    if (maxWidth > 0 || maxHeight > 0 || !QFileInfo(file).isFile())
+        return load(ReadCheckedImage(file, MAX_TEXTURE_SIZE), path, mirror, wrap, filter);
+    clear();
+    name = path;
+    QImageReader reader(file);
+    // By content, not by name: a named kind's reader decodes just to say whether it can read.
+    reader.setDecideFormatFromContent(true);
+    std::string problem = ImageHeaderProblem(reader, MAX_TEXTURE_SIZE);
+    QImage image;
+    if (problem.empty()) {
+        // Decoders that fill the image they are given when its size and format are theirs
+        // (PNG, JPEG, BMP) write straight into the CPU pixels: the picture is held once.
+        QImage::Format decoded = reader.imageFormat();
+        QSize size = reader.size();
+        if (decoded == QImage::Format_RGB32 || decoded == QImage::Format_ARGB32) {
+            data.assign(size_t(size.width()) * size_t(size.height()) * 4, 0);
+            image = QImage(data.data(), size.width(), size.height(), size.width() * 4, decoded);
+        }
+        if (!reader.read(&image))
+            problem = "the image cannot be decoded (" + reader.errorString().toStdString() + ").";
+    }
+    if (!problem.empty() || image.constBits() != data.data()) {
+        std::vector<unsigned char>().swap(data); // the memory goes, not only the pixels
+        if (!problem.empty())
+            LogImageProblem(path, problem);
+        // A null image fails the load; an image the decoder made for itself is taken over.
+        return load(problem.empty() ? std::move(image) : QImage(), path, mirror, wrap, filter);
+    }
+    int w = image.width(), h = image.height();
+    image = QImage();
+    // 0xAARRGGBB words become R, G, B, A bytes, rows swapped for the mirror, all in place.
+    auto* words = reinterpret_cast<QRgb*>(data.data());
+    auto toBytes = [](QRgb p, unsigned char* out) {
+        out[0] = static_cast<unsigned char>(qRed(p));
+        out[1] = static_cast<unsigned char>(qGreen(p));
+        out[2] = static_cast<unsigned char>(qBlue(p));
+        out[3] = static_cast<unsigned char>(qAlpha(p));
+    };
+    for (int y = 0; y < (mirror ? (h + 1) / 2 : h); ++y) {
+        QRgb* top = words + size_t(y) * size_t(w);
+        QRgb* bottom = words + size_t(mirror ? h - 1 - y : y) * size_t(w);
+        for (int x = 0; x < w; ++x) {
+            QRgb a = top[x], b = bottom[x];
+            toBytes(b, reinterpret_cast<unsigned char*>(top + x));
+            if (bottom != top)
+                toBytes(a, reinterpret_cast<unsigned char*>(bottom + x));
+        }
+    }
+    loadFailed = false;
+    dimensions = {w, h};
+    describe(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, wrap, filter);
+    return true;
 }
 
 bool Texture2D::load(QImage image, std::string const& path, bool mirror, int wrap, int filter)
@@ -87,9 +143,11 @@ bool Texture2D::load(QImage image, std::string const& path, bool mirror, int wra
     loadFailed = false;
     if (maxWidth > 0 && maxHeight > 0 && (image.width() > maxWidth || image.height() > maxHeight))
         image = image.scaled(maxWidth, maxHeight, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    // In place where Qt can (an image of one owner, a format of the same depth): a large
+    // picture is not held twice over.
     if (mirror)
-        image = image.mirrored(false, true);
-    image = image.convertToFormat(QImage::Format_RGBA8888);
+        image = std::move(image).mirrored(false, true);
+    image = std::move(image).convertToFormat(QImage::Format_RGBA8888);
     dimensions = {image.width(), image.height()};
     data.resize(size_t(image.width()) * size_t(image.height()) * 4);
     for (int y = 0; y < image.height(); ++y)

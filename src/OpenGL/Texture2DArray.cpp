@@ -1,6 +1,6 @@
 #include "OpenGL/Texture2DArray.h"
 
-#include "OpenGL/GeneratedImages.h"
+#include "OpenGL/ImageLimits.h"
 #include "OpenGL/LogMsg.h"
 
 #include <QFile>
@@ -32,8 +32,13 @@ bool Texture2DArray::load(std::string const& path)
 bool Texture2DArray::loadFile(std::string const& path)
 {
     int w = width(), h = height();
+    if (paths.size() >= size_t(MAX_TEXTURE_LAYERS)) {
+        loadFailed = true;
+        LogImageProblem(name, "more than " + std::to_string(MAX_TEXTURE_LAYERS) + " layers.");
+        return false;
+    }
     if (paths.empty()) {
-        QImage image = ReadImage(QString::fromStdString(path));
+        QImage image = ReadCheckedImage(QString::fromStdString(path), MAX_TEXTURE_SIZE);
         if (image.isNull()) {
             loadFailed = true;
             logmsg("ERROR Texture2DArray::loadFile " + path);
@@ -61,8 +66,11 @@ bool Texture2DArray::loadFiles(std::string const& listPath)
         std::string line = file.readLine().toStdString();
         while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
             line.pop_back();
-        if (!line.empty())
-            ok = loadFile(line) && ok;
+        if (line.empty())
+            continue;
+        if (paths.size() >= size_t(MAX_TEXTURE_LAYERS))
+            return loadFile(line); // refuses and says why; the rest of the list is not read
+        ok = loadFile(line) && ok;
     }
     return ok;
 }
@@ -76,7 +84,7 @@ bool Texture2DArray::compile()
     int w = width(), h = height();
     glTexImage3D(GL_TEXTURE_2D_ARRAY, 0, internalFormat, w, h, depth(), 0, GLenum(format), GLenum(type), nullptr);
     for (size_t layer = 0; layer < paths.size(); ++layer) {
-        QImage image = ReadImage(QString::fromStdString(paths[layer]));
+        QImage image = ReadCheckedImage(QString::fromStdString(paths[layer]), MAX_TEXTURE_SIZE);
         if (image.isNull()) {
             // The layer stays undefined; the others still load.
             logmsg("ERROR Texture2DArray::compile " + paths[layer]);

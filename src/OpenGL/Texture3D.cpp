@@ -1,12 +1,12 @@
 #include "OpenGL/Texture3D.h"
 
+#include "OpenGL/ImageLimits.h"
 #include "OpenGL/LogMsg.h"
 
 #include <QFile>
 #include <QImage>
 #include <QImageReader>
 
-#include <cstring>
 
 namespace vel {
 
@@ -47,35 +47,55 @@ bool Texture3D::load(std::string const& path, bool mirror)
         return false;
     }
     QImageReader reader(file);
-    std::vector<QImage> frames;
+    // By content, not by name: a named kind's reader decodes just to say whether it can read.
+    reader.setDecideFormatFromContent(true);
+    std::string problem = ImageHeaderProblem(reader, MAX_TEXTURE_3D_SIZE);
+    // Frames go straight into the pixels, so that the animation is held once, not twice.
+    int frames = 0;
+    QSize size;
     QImage frame;
-    while (reader.read(&frame)) {
-        if (frames.empty()) {
+    while (problem.empty() && reader.read(&frame)) {
+        if (frames == 0)
+            size = frame.size();
+        // Every frame decodes to the full size however few bytes it takes: the frames
+        // together must fit what the file can encode, and the depth limit.
+        problem = ImageSizeProblem(reader.format(), size.width(), size.height(), frames + 1LL,
+                                   reader.device()->size(), MAX_TEXTURE_3D_SIZE);
+        if (problem.empty() && frames >= MAX_TEXTURE_3D_SIZE)
+            problem = "more than " + std::to_string(MAX_TEXTURE_3D_SIZE) + " frames.";
+        if (!problem.empty())
+            break;
+        if (frames == 0) {
             int delay = reader.nextImageDelay();
             frameDelay = delay > 0 ? float(delay) * 0.001f : 0.001f;
-        } else if (frame.size() != frames.front().size()) {
-            frame = frame.scaled(frames.front().size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+            int expected = reader.imageCount(); // 0 where the reader cannot tell
+            if (expected > 0 && expected <= MAX_TEXTURE_3D_SIZE)
+                data.reserve(size_t(size.width()) * size_t(size.height()) * 4 * size_t(expected));
+        } else if (frame.size() != size) {
+            frame = frame.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         }
-        frame = frame.convertToFormat(QImage::Format_RGBA8888);
-        frames.push_back(mirror ? frame.mirrored(false, true) : frame);
+        frame = std::move(frame).convertToFormat(QImage::Format_RGBA8888);
+        size_t row = size_t(size.width()) * 4;
+        for (int y = 0; y < size.height(); ++y) {
+            auto const* line = frame.constScanLine(mirror ? size.height() - 1 - y : y);
+            data.insert(data.end(), line, line + row);
+        }
+        ++frames;
         if (!reader.canRead())
             break;
     }
-    if (frames.empty()) {
+    if (!problem.empty())
+        LogImageProblem(path, problem);
+    if (frames == 0 || !problem.empty()) {
+        data.clear();
+        data.shrink_to_fit();
         loadFailed = true;
         logmsg("ERROR Texture3D::load " + path);
         return false;
     }
     loadFailed = false;
-    int w = frames.front().width(), h = frames.front().height();
     describe(GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, wrap, filter);
-    resize(w, h, int(frames.size()));
-    size_t row = size_t(w) * 4;
-    data.resize(row * size_t(h) * frames.size());
-    unsigned char* out = data.data();
-    for (QImage const& f : frames)
-        for (int y = 0; y < h; ++y, out += row)
-            std::memcpy(out, f.constScanLine(y), row);
+    resize(size.width(), size.height(), frames);
     return true;
 }
 

@@ -2,7 +2,7 @@
 
 #include "Core/Assert.h"
 #include "Memory/ScratchpadMemory.h"
-#include "OpenGL/GeneratedImages.h"
+#include "OpenGL/ImageLimits.h"
 #include "OpenGL/LogMsg.h"
 
 #include <stb_image.h>
@@ -16,6 +16,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
@@ -54,7 +55,7 @@ bool TextureCube::load(std::string const& path)
 {
     clear();
     name = path;
-    QImage image = ReadImage(QString::fromStdString(path));
+    QImage image = ReadCheckedImage(QString::fromStdString(path), MAX_TEXTURE_SIZE);
     if (image.isNull()) {
         loadFailed = true;
         logmsg("ERROR TextureCube::load " + path);
@@ -62,7 +63,7 @@ bool TextureCube::load(std::string const& path)
     }
     loadFailed = false;
     bool alpha = image.hasAlphaChannel();
-    image = image.mirrored(false, true).convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+    image = std::move(image).mirrored(false, true).convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
     describe(alpha ? GL_RGBA8 : GL_RGB8, alpha ? GL_RGBA : GL_RGB, GL_UNSIGNED_BYTE, GL_CLAMP_TO_EDGE, GL_LINEAR);
     size_t row = size_t(image.width()) * (alpha ? 4 : 3);
     data.resize(row * size_t(image.height()));
@@ -80,29 +81,73 @@ bool TextureCube::loadhdr(std::string const& path)
     QByteArray bytes;
     if (file.open(QIODevice::ReadOnly))
         bytes = file.readAll();
+    auto const* raw = reinterpret_cast<stbi_uc const*>(bytes.constData());
     int w = 0, h = 0, channels = 0;
+    std::string problem;
     float* pixels = nullptr;
+    // No bytes (no such file) is the caller's to report. stb would decode any kind it knows,
+    // and trusts the declared size: both are checked first.
     if (!bytes.isEmpty()) {
-        stbi_set_flip_vertically_on_load(1);
-        pixels = stbi_loadf_from_memory(reinterpret_cast<stbi_uc const*>(bytes.constData()), bytes.size(), &w, &h,
-                                        &channels, 3);
+        if (!stbi_is_hdr_from_memory(raw, bytes.size()))
+            problem = "not a Radiance HDR image.";
+        else if (!stbi_info_from_memory(raw, bytes.size(), &w, &h, &channels))
+            problem = "the header cannot be read.";
+        else
+            problem = ImageSizeProblem("hdr", w, h, 1, bytes.size(), MAX_TEXTURE_SIZE);
+        if (problem.empty() && !HdrRunsAreSound(raw, bytes.size(), w, h))
+            problem = "the run-length data is truncated or broken.";
+    }
+    if (!bytes.isEmpty() && problem.empty()) {
+        // Rows stay top first: they are moved below from the last one up.
         stbi_set_flip_vertically_on_load(0);
+        pixels = stbi_loadf_from_memory(raw, bytes.size(), &w, &h, &channels, 3);
+        char const* why = stbi_failure_reason();
+        if (!pixels)
+            problem = std::string("the image cannot be decoded (") + (why ? why : "no reason given") + ").";
     }
     if (!pixels) {
+        if (!problem.empty())
+            LogImageProblem(path, problem);
         loadFailed = true;
         logmsg("ERROR TextureCube::loadhdr " + path);
         return false;
     }
+    QByteArray().swap(bytes);
     loadFailed = false;
     format = GL_RGB;
     type = GL_FLOAT;
     if (internalFormat != GL_RGB16F && internalFormat != GL_RGB32F && internalFormat != GL_RGBA16F &&
         internalFormat != GL_RGBA32F && internalFormat != GL_R11F_G11F_B10F)
         internalFormat = GL_RGB32F;
-    copy(pixels, w * h * 3 * int(sizeof(float)));
-    stbi_image_free(pixels);
+    TakeRowsBottomFirst(pixels, w, h);
+    Compiled = false;
     setPanorama(w, h);
     return true;
+}
+
+void TextureCube::TakeRowsBottomFirst(float* pixels, int w, int h)
+{
+    // The CPU pixels grow from the decoder's last row up while the decoder's block shrinks
+    // behind them, so the panorama is never held twice over. stb allocates with malloc, so
+    // realloc may shrink its block; shrinking in place is what the allocator does for blocks
+    // this large, and the returned pointer is used in any case.
+    size_t row = size_t(w) * 3;
+    size_t rowsPerStep = std::max<size_t>(1, (size_t(1) << 20) / (row * sizeof(float)));
+    data.clear();
+    data.reserve(row * size_t(h) * sizeof(float));
+    for (size_t left = size_t(h); left > 0;) {
+        size_t step = std::min(rowsPerStep, left);
+        for (size_t k = 0; k < step; ++k) {
+            auto const* bytes = reinterpret_cast<unsigned char const*>(pixels + (left - 1 - k) * row);
+            data.insert(data.end(), bytes, bytes + row * sizeof(float));
+        }
+        left -= step;
+        if (left == 0)
+            break;
+        if (auto* smaller = static_cast<float*>(std::realloc(pixels, left * row * sizeof(float))))
+            pixels = smaller;
+    }
+    stbi_image_free(pixels);
 }
 
 // ---- panorama to cube

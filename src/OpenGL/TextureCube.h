@@ -50,6 +50,8 @@ private:
     int faceSize = 0; // from the constructor; 0: a quarter of the panorama's width
     // Fixes the face size once a panorama is known.
     void setPanorama(int width, int height);
+    // The decoder's top-first float rows become the CPU pixels, bottom first; frees `pixels`.
+    void TakeRowsBottomFirst(float* pixels, int width, int height);
 };
 
 } // namespace vel

@@ -50,7 +50,8 @@ int IFile::readRawData(char* data, int length)
 
 bool IFile::skipRawData(long long length)
 {
-    if (!device->isOpen() || length < 0 || pos() + length > size())
+    // Compared as what is left, so that a length near the largest value cannot overflow.
+    if (!device->isOpen() || length < 0 || length > size() - pos())
         return false;
     return device->seek(pos() + length);
 }

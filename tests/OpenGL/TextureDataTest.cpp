@@ -7,8 +7,49 @@
 
 #include <gtest/gtest.h>
 
+#include <QTemporaryDir>
+
+#include <cstring>
+
 namespace vel {
 namespace {
+
+// Files become RGBA bytes, rows bottom first when mirrored, the same whether the decoder
+// writes into the CPU pixels directly (32-bit kinds) or into an image of its own.
+TEST(TextureData, FilesLoadAsRgbaWhateverTheDecoder)
+{
+    struct Case {
+        char const* kind;
+        QImage::Format format;
+        int height;
+    };
+    Case const cases[] = {{"png", QImage::Format_RGB32, 5},      {"png", QImage::Format_ARGB32, 4},
+                          {"bmp", QImage::Format_RGB32, 3},      {"png", QImage::Format_Indexed8, 5},
+                          {"png", QImage::Format_Grayscale8, 2}, {"ppm", QImage::Format_RGB32, 1}};
+    QTemporaryDir dir;
+    for (Case const& c : cases) {
+        QImage image(7, c.height, QImage::Format_ARGB32);
+        for (int y = 0; y < c.height; ++y)
+            for (int x = 0; x < 7; ++x)
+                image.setPixel(x, y, qRgba(x * 30, y * 50, 200 - x * 20, 255 - y * 40));
+        QString file = dir.filePath(QString("image%1.%2").arg(int(c.format)).arg(c.kind));
+        ASSERT_TRUE(image.convertToFormat(c.format).save(file, c.kind)) << file.toStdString();
+        for (bool mirror : {false, true}) {
+            QImage expected = QImage(file).mirrored(false, mirror).convertToFormat(QImage::Format_RGBA8888);
+            std::vector<unsigned char> bytes(size_t(expected.sizeInBytes()));
+            std::memcpy(bytes.data(), expected.constBits(), bytes.size());
+            // A size limit above the image's own sends it the general road.
+            Texture2D direct(file.toStdString(), mirror, GL_REPEAT, GL_LINEAR);
+            Texture2D general(file.toStdString(), 100, 100, mirror, GL_REPEAT, GL_LINEAR);
+            for (Texture2D* t : {&direct, &general}) {
+                EXPECT_EQ(t->width(), 7);
+                EXPECT_EQ(t->height(), c.height);
+                EXPECT_EQ(t->data, bytes) << file.toStdString() << (mirror ? " mirrored" : "")
+                                          << (t == &direct ? " direct" : " general");
+            }
+        }
+    }
+}
 
 TEST(TextureData, DimensionsAnswerZeroWhereMissing)
 {
@@ -37,15 +78,6 @@ TEST(TextureData, BytesPerPixelByInternalFormat)
         Texture2D t(1, 1, c.format, GL_RGBA, GL_UNSIGNED_BYTE);
         EXPECT_EQ(t.bytesPerPixel(), c.bytes) << std::hex << c.format;
     }
-}
-
-TEST(TextureData, DataMaxValueByPixelType)
-{
-    EXPECT_EQ(Texture2D(1, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE).dataMaxValue(), 255.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R16, GL_RED, GL_UNSIGNED_SHORT).dataMaxValue(), 65535.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R16_SNORM, GL_RED, GL_SHORT).dataMaxValue(), 32767.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R32I, GL_RED_INTEGER, GL_INT).dataMaxValue(), 2147483648.0f);
-    EXPECT_EQ(Texture2D(1, 1, GL_R32F, GL_RED, GL_FLOAT).dataMaxValue(), 1.0f);
 }
 
 TEST(TextureData, GetFloatReadsTheFirstChannelInTheTypesUnits)

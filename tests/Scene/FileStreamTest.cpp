@@ -6,6 +6,8 @@
 
 #include <QTemporaryDir>
 
+#include <limits>
+
 namespace vel {
 namespace {
 
@@ -54,7 +56,25 @@ TEST(FileStreams, CorruptLengthsAreRefusedWithoutAllocating)
     negative.writeValue(int(-5));
     IFile in2(QByteArray(negative.bytes().data(), int(negative.bytes().size())));
     EXPECT_FALSE(in2.readString(text));
-    EXPECT_FALSE(in2.skipRawData(100));
+}
+
+TEST(FileStreams, SkipsStayInsideTheStream)
+{
+    struct Case {
+        long long length;
+        bool skips;
+        long long at; // the position afterwards
+    };
+    long long const largest = std::numeric_limits<long long>::max();
+    Case const cases[] = {{0, true, 1}, {3, true, 4}, {4, false, 1}, {-1, false, 1},
+                          {largest, false, 1}, {largest - 1, false, 1}, {-largest - 1, false, 1}};
+    for (Case const& c : cases) {
+        IFile in(QByteArray("abcd", 4));
+        char first = 0;
+        ASSERT_EQ(in.readRawData(&first, 1), 1);
+        EXPECT_EQ(in.skipRawData(c.length), c.skips) << c.length;
+        EXPECT_EQ(in.pos(), c.at) << c.length;
+    }
 }
 
 TEST(FileStreams, TruncatedValueReportsFailure)

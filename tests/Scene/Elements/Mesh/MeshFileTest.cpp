@@ -437,8 +437,12 @@ TEST(MeshOBJFuzz, MutatedFilesNeverBreakTheMesh)
         Communicate::instance().quiet = false;
         Mesh m;
         bool loaded = m.loadOBJText(text);
-        if (!test::Violations(m).empty())
-            std::ofstream("/tmp/fuzzfail.obj") << text;
+        if (!test::Violations(m).empty()) {
+            // Keep the failing file for inspection, in a folder of its own.
+            QTemporaryDir kept;
+            kept.setAutoRemove(false);
+            std::ofstream(kept.filePath("fuzzfail.obj").toStdString()) << text;
+        }
         ASSERT_EQ(test::Violations(m), "") << "run " << run;
         ASSERT_EQ(loaded, !m.faces.empty()) << "run " << run;
         AABB box;

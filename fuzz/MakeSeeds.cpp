@@ -1,0 +1,118 @@
+// Writes the starting inputs of every fuzz target, made by the system's own writers, into
+// <folder>/<target>/: OBJ exports and mesh records of the shape factories, stream scripts,
+// shipped shaders, and small images of each kind.
+#include "Math/Matrix34.h"
+#include "OpenGL/ShaderManager.h"
+#include "Scene/Elements/Mesh/Mesh.h"
+#include "Scene/OFile.h"
+#include "TestImages.h" // the GIF and HDR writers of the texture tests
+
+#include <QDir>
+#include <QImage>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+using namespace vel;
+
+std::string gFolder;
+
+void Seed(std::string const& target, std::string const& name, std::string const& bytes)
+{
+    QDir().mkpath(QString::fromStdString(gFolder + "/" + target));
+    std::ofstream(gFolder + "/" + target + "/" + name, std::ios::binary) << bytes;
+}
+
+std::string Obj(std::vector<Mesh const*> const& meshes, bool normals)
+{
+    std::ostringstream out;
+    unsigned objects = 0, vertices = 0, faces = 0;
+    for (Mesh const* m : meshes)
+        m->appendOBJ(out, objects, vertices, faces, Matrix34<double>(), normals);
+    return out.str();
+}
+
+void Meshes()
+{
+    auto box = Mesh::Box();
+    auto gear = Mesh::Gear(3, 0.1f, 0.3f, 0.5f, 0.1f, 5);
+    auto quad = Mesh::Quad();
+    Seed("obj", "box.obj", Obj({box.get()}, true));
+    Seed("obj", "two.obj", Obj({quad.get(), gear.get()}, false));
+    std::string cr = Obj({box.get()}, false);
+    for (char& c : cr)
+        c = c == '\n' ? '\r' : c;
+    Seed("obj", "cr.obj", cr);
+    int version = 4; // the byte that picks the current version in the record target
+    for (auto* m : {box.get(), gear.get(), quad.get()}) {
+        OFile out;
+        m->DataWrite(out);
+        Seed("mesh_record", "mesh" + std::to_string(m->verts.size()), char(version) + out.bytes().substr(8));
+    }
+}
+
+void Streams()
+{
+    // Steps of the stream target: an operation byte and a 64-bit operand each.
+    auto step = [](char op, long long operand) { return op + std::string(reinterpret_cast<char*>(&operand), 8); };
+    OFile payload;
+    payload.writeValue(3.5);
+    payload.writeString("Cube");
+    payload.writeValue(int(7));
+    Seed("ifile", "reads", char(4) + step(4, 0) + step(1, 64) + step(0, 4) + step(3, 0) + payload.bytes());
+    Seed("ifile", "skips", char(3) + step(2, 8) + step(2, 1 << 20) + step(3, 12) + payload.bytes());
+}
+
+void Shaders()
+{
+    for (char const* name : {"Copy", "FillVec4"})
+        Seed("shader_text", name, ShaderManager::ReadFile(ShaderManager::Path(name)));
+    Seed("shader_text", "defines",
+         "##VERTEX\n#include \":/shaders/Include/Math.glsl\"\nout vec3 p; // x\nvoid main(){}\n"
+         "##FRAGMENT\n/* a\nb */void main(){}\n" + std::string(1, '\0') + "A  B=1");
+}
+
+void Images()
+{
+    QImage image(13, 7, QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgba(x * 19, y * 37, (x ^ y) * 11, 255 - x));
+    for (char const* kind : {"png", "jpg", "bmp", "ppm"}) {
+        std::string folder = gFolder + "/image_" + kind;
+        QDir().mkpath(QString::fromStdString(folder));
+        image.save(QString::fromStdString(folder + "/seed." + kind), kind);
+        image.convertToFormat(QImage::Format_Mono).save(QString::fromStdString(folder + "/mono." + kind), kind);
+    }
+    QDir().mkpath(QString::fromStdString(gFolder + "/image_gif"));
+    test::WriteAnimatedGif(gFolder + "/image_gif/anim.gif", 5, 3, 3, 10);
+    QDir().mkpath(QString::fromStdString(gFolder + "/image_hdr"));
+    std::vector<float> rgb(9 * 4 * 3);
+    for (size_t i = 0; i < rgb.size(); ++i)
+        rgb[i] = float(i % 7) * 0.75f;
+    test::WriteHdr(gFolder + "/image_hdr/rle.hdr", 9, 4, rgb);
+    test::WriteHdr(gFolder + "/image_hdr/flat.hdr", 3, 4, std::vector<float>(rgb.begin(), rgb.begin() + 36));
+    Seed("texture_list", "list.txt", "a.png\r\na.png\n\nmissing.png\n");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: %s <seed folder>\n", argv[0]);
+        return 2;
+    }
+    // The shipped shaders live in the library's resources, which a static library must
+    // register by hand.
+    Q_INIT_RESOURCE(shaders);
+    gFolder = argv[1];
+    Meshes();
+    Streams();
+    Shaders();
+    Images();
+    return 0;
+}
