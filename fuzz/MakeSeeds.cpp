@@ -2,6 +2,7 @@
 // <folder>/<target>/: OBJ exports and mesh records of the shape factories, stream scripts,
 // shipped shaders, and small images of each kind.
 #include "Math/Matrix34.h"
+#include "mainwindow/ConfigFile.h"
 #include "OpenGL/ShaderManager.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/OFile.h"
@@ -98,6 +99,19 @@ void Images()
     Seed("texture_list", "list.txt", "a.png\r\na.png\n\nmissing.png\n");
 }
 
+// The document the application writes at close, with recent files, and an older one that
+// keeps one folder for every kind of shader.
+void Configs()
+{
+    AddRecentFile("/home/artist/scenes/robot.vsc");
+    AddRecentFile("/home/artist/scenes/tree.vsc");
+    Seed("config", "written.xml", ConfigText());
+    Seed("config", "old.xml",
+         "<?xml version=\"1.0\"?>\n<Tessaron><Version value=\"20191111\"/><FPS cap=\"1\" max=\"60\"/>"
+         "<UIScale auto=\"0\" value=\"2\"/><Paths><Shaders path=\"/tmp/shaders\"/></Paths>"
+         "<RecentFiles><File1 path=\"a.vsc\"/><File3 path=\"b.vsc\"/></RecentFiles></Tessaron>\n");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -114,5 +128,6 @@ int main(int argc, char** argv)
     Streams();
     Shaders();
     Images();
+    Configs();
     return 0;
 }

@@ -45,8 +45,9 @@ TEST_F(XYZSphereTest, RotationBringsEachAxisCapToTheMiddle)
         unsigned char const* corner = &pixels[0];
         EXPECT_EQ(corner[0] + corner[1] + corner[2], 0) << "drawn outside the sphere";
         for (int k = 0; k < 3; ++k) {
-            if (k != c.channel)
-                EXPECT_GT(middle[c.channel], middle[k] + 40) << "case axis " << c.channel;
+            if (k == c.channel)
+                continue;
+            EXPECT_GT(middle[c.channel], middle[k] + 40) << "case axis " << c.channel;
         }
         EXPECT_EQ(middle[c.channel] > 150, c.positive) << int(middle[c.channel]) << " axis " << c.channel;
     }
