@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 
 namespace vel {
@@ -20,37 +19,6 @@ int Euler(Mesh const& m)
     for (std::size_t i = 0; i < m.edges.size(); ++i)
         edges += m.edges[i].half < 0 || std::size_t(m.edges[i].half) > i;
     return int(m.verts.size()) - edges + int(m.faces.size());
-}
-
-int Borders(Mesh const& m)
-{
-    int n = 0;
-    for (std::size_t i = 0; i < m.edges.size(); ++i)
-        n += m.edges[i].half < 0;
-    return n;
-}
-
-// Records compare bytewise: they are packed words without padding.
-template <class T>
-bool Same(ChunkedSequence<T> const& a, ChunkedSequence<T> const& b)
-{
-    for (std::size_t i = 0; i < a.size() && a.size() == b.size(); ++i)
-        if (std::memcmp(&a[i], &b[i], sizeof(T)) != 0)
-            return false;
-    return a.size() == b.size();
-}
-
-bool SameRecords(Mesh const& a, Mesh const& b)
-{
-    return Same(a.verts, b.verts) && Same(a.edges, b.edges) && Same(a.faces, b.faces) && a.triangles == b.triangles;
-}
-
-int FirstBorderEdge(Mesh const& m)
-{
-    for (std::size_t i = 0; i < m.edges.size(); ++i)
-        if (m.edges[i].half < 0)
-            return int(i);
-    return -1;
 }
 
 TEST(MeshEdgeSplit, OneSidedSplitLeavesTheTwinToTheCaller)
@@ -77,10 +45,11 @@ TEST(MeshEdgeSplit, OneSidedSplitLeavesTheTwinToTheCaller)
 
     // A border half-edge has no other side: the split is complete.
     auto g = test::QuadGrid(2);
-    int b = FirstBorderEdge(*g), borders = Borders(*g);
+    int b = g->findEdge(0, 1), borders = test::BorderCount(*g);
+    ASSERT_TRUE(b >= 0 && g->edges[b].half < 0);
     ASSERT_GE(g->edgeSplit(b, g->edges[b].v[0], -1), 0);
     EXPECT_MESH_VALID(*g);
-    EXPECT_EQ(Borders(*g), borders + 1);
+    EXPECT_EQ(test::BorderCount(*g), borders + 1);
 }
 
 TEST(MeshEdgeSplit, RefusalsLeaveTheMeshUntouched)
@@ -91,7 +60,7 @@ TEST(MeshEdgeSplit, RefusalsLeaveTheMeshUntouched)
     int const cases[][3] = {{-1, 0, -1}, {99, 0, -1}, {3, r.v[1], -1}, {3, r.v[0], r.v[1]}, {3, r.v[0], 50}};
     for (auto const& c : cases) {
         EXPECT_EQ(m->edgeSplit(c[0], c[1], c[2]), -1) << c[0] << " " << c[1] << " " << c[2];
-        EXPECT_TRUE(SameRecords(before, *m));
+        EXPECT_EQ(test::RecordDifference(before, *m), "");
     }
 }
 
@@ -125,7 +94,7 @@ TEST(MeshEdgeCollapse, KeepsAManifoldOrRefuses)
         EXPECT_FALSE(m->edgeCollapse(e, c.from, 99)) << "keep is not an end";
         ASSERT_EQ(m->edgeCollapse(e, c.from, c.from), c.accepted);
         if (!c.accepted) {
-            EXPECT_TRUE(SameRecords(before, *m));
+            EXPECT_EQ(test::RecordDifference(before, *m), "");
             continue;
         }
         EXPECT_MESH_VALID(*m);
@@ -168,14 +137,14 @@ TEST(MeshVertSplit, SplitKeepsTheSurfaceRipOpensIt)
         int w = c.op == Split ? m->vertSplit(c.vertex, from, to) : m->vertSeparate(c.vertex, from, to);
         if (!c.accepted) {
             EXPECT_EQ(w, -1);
-            EXPECT_TRUE(SameRecords(before, *m));
+            EXPECT_EQ(test::RecordDifference(before, *m), "");
             continue;
         }
         ASSERT_EQ(w, int(before.verts.size()));
         EXPECT_MESH_VALID(*m);
         EXPECT_EQ(m->verts[std::size_t(w)].position, m->verts[std::size_t(c.vertex)].position);
         EXPECT_EQ(Euler(*m) - Euler(before), c.euler);
-        EXPECT_EQ(Borders(*m) - Borders(before), c.borders);
+        EXPECT_EQ(test::BorderCount(*m) - test::BorderCount(before), c.borders);
         EXPECT_EQ(m->triangles - before.triangles, c.triangles);
     }
 }
@@ -233,7 +202,7 @@ TEST(MeshAppendExisting, CapsCloseAnOpenTube)
     EXPECT_MESH_VALID(*tube);
     EXPECT_EQ(tube->repairs, 0u);
     EXPECT_EQ(tube->verts.size(), 16u);
-    EXPECT_EQ(Borders(*tube), 0);
+    EXPECT_EQ(test::BorderCount(*tube), 0);
     EXPECT_EQ(Euler(*tube), 2);
     EXPECT_GT(test::SignedVolume(*tube), 0);
 }

@@ -88,7 +88,7 @@ TEST(MeshOBJ, ExportThenImportKeepsCountsAndSharpEdges)
     ExpectRoundTrip(*Mesh::Gear(5, 0.2f, 0.4f, 0.5f, 0.1f, 15), "gear", test::SharpEdgeCount(*Mesh::Gear(5, 0.2f, 0.4f, 0.5f, 0.1f, 15)) * 2);
     ExpectRoundTrip(*test::OpenWithHoles(), "open grid", 0);
     // Sharp between coplanar faces: only per-group normal indices can carry that.
-    auto pair = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
+    auto pair = test::FlatPair();
     pair->makeSharp(0);
     ExpectRoundTrip(*pair, "flat pair, all sharp", 2);
 }

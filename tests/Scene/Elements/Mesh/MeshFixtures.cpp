@@ -2,6 +2,7 @@
 
 #include "Core/Communicate.h"
 
+#include <cstring>
 #include <sstream>
 
 namespace vel::test {
@@ -110,6 +111,17 @@ std::unique_ptr<Mesh> NonManifoldVertex()
     return BuildMesh(p, f);
 }
 
+std::unique_ptr<Mesh> FlatPair()
+{
+    return BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
+}
+
+int EdgeBetween(Mesh const& mesh, int a, int b)
+{
+    int e = mesh.findEdge(a, b);
+    return e >= 0 ? e : mesh.findEdge(b, a);
+}
+
 std::string Violations(Mesh const& mesh)
 {
     std::ostringstream out;
@@ -143,6 +155,46 @@ int SharpEdgeCount(Mesh const& mesh)
             ++n;
     }
     return n;
+}
+
+int BorderCount(Mesh const& mesh)
+{
+    int n = 0;
+    for (std::size_t i = 0; i < mesh.edges.size(); ++i)
+        n += mesh.edges[i].half < 0;
+    return n;
+}
+
+template <class T>
+static std::string firstDifference(char const* what, ChunkedSequence<T> const& a, ChunkedSequence<T> const& b)
+{
+    if (a.size() != b.size())
+        return std::string(what) + " counts differ";
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (std::memcmp(&a[i], &b[i], sizeof(T)) != 0)
+            return std::string(what) + " " + std::to_string(i);
+    return "";
+}
+
+std::string RecordDifference(Mesh const& a, Mesh const& b)
+{
+    if (a.dataType != b.dataType)
+        return "data type differs";
+    if (a.triangles != b.triangles)
+        return "triangle counts differ";
+    for (std::string d : {firstDifference("vertex", a.verts, b.verts), firstDifference("half-edge", a.edges, b.edges),
+                          firstDifference("face", a.faces, b.faces)})
+        if (!d.empty())
+            return d;
+    if (a.materials.size() != b.materials.size() || a.uvs.size() != b.uvs.size())
+        return "corner data counts differ";
+    for (std::size_t e = 0; e < a.materials.size(); ++e)
+        if (!(a.materials[e] == b.materials[e]))
+            return "material " + std::to_string(e);
+    for (std::size_t e = 0; e < a.uvs.size(); ++e)
+        if (a.uvs[e] != b.uvs[e])
+            return "uv " + std::to_string(e);
+    return "";
 }
 
 LogCapture::LogCapture()

@@ -28,6 +28,10 @@ std::unique_ptr<Mesh> OpenWithHoles();       // 5 x 5 grid missing two inner qua
 std::unique_ptr<Mesh> FlippedFaces();        // octahedron with two faces listed reversed
 std::unique_ptr<Mesh> NonManifoldEdge();     // three triangles on one edge
 std::unique_ptr<Mesh> NonManifoldVertex();   // two closed pyramids touching at their apex
+std::unique_ptr<Mesh> FlatPair();            // unit square of two triangles on the diagonal 0-2
+
+// The half-edge between a and b, whichever way it runs; -1 when there is none.
+int EdgeBetween(Mesh const& mesh, int a, int b);
 
 // Renders the validator's list for a failure message; empty when the mesh is valid.
 std::string Violations(Mesh const& mesh);
@@ -37,6 +41,13 @@ double SignedVolume(Mesh const& mesh);
 
 // Counts the corners whose half-edge is sharp, each pair once.
 int SharpEdgeCount(Mesh const& mesh);
+
+// Counts the border half-edges (those without a twin).
+int BorderCount(Mesh const& mesh);
+
+// The first difference between two meshes' records (compared bytewise: they are packed words
+// without padding), triangle counts and corner data, or "" when there is none.
+std::string RecordDifference(Mesh const& a, Mesh const& b);
 
 // Collects what reaches the log while alive.
 class LogCapture {

@@ -15,17 +15,10 @@ namespace {
 
 using test::LogCapture;
 
-// Edge records by value, to show that a refused edit changed nothing.
-std::vector<int> Snapshot(Mesh const& m)
+// The largest |coordinate|: 0.5 on the surface of the cube of side 1.
+float CubeExtent(Vector3<float> p)
 {
-    std::vector<int> s;
-    for (std::size_t i = 0; i < m.edges.size(); ++i) {
-        MeshEdge const& e = m.edges[i];
-        s.insert(s.end(), {e.v[0], e.v[1], e.e[0], e.e[1], e.half, int(e.face), int(e.flags)});
-    }
-    s.push_back(int(m.verts.size()));
-    s.push_back(int(m.faces.size()));
-    return s;
+    return std::max(std::abs(p.x), std::max(std::abs(p.y), std::abs(p.z)));
 }
 
 TEST(MeshSubdivide, SharpCubeStaysFlatAndKeepsItsCorners)
@@ -37,20 +30,15 @@ TEST(MeshSubdivide, SharpCubeStaysFlatAndKeepsItsCorners)
     EXPECT_EQ(m->faces.size(), 24u);
     EXPECT_EQ(m->verts.size(), 8u + 12u + 6u);
     EXPECT_EQ(test::SharpEdgeCount(*m), 24);
-    for (std::size_t v = 0; v < m->verts.size(); ++v) {
-        Vector3<float> p = m->verts[v].position;
-        float extent = std::max(std::abs(p.x), std::max(std::abs(p.y), std::abs(p.z)));
-        EXPECT_FLOAT_EQ(extent, 0.5f) << "vertex " << v << " left the cube's surface";
-    }
+    for (std::size_t v = 0; v < m->verts.size(); ++v)
+        EXPECT_FLOAT_EQ(CubeExtent(m->verts[v].position), 0.5f) << "vertex " << v << " left the cube's surface";
     for (int v = 0; v < 8; ++v)
         EXPECT_EQ(m->verts[v].position, test::ClosedCube()->verts[v].position);
     // A second level keeps the faces flat too: sharp lines stay straight.
     m->subdivide(true);
     ASSERT_MESH_VALID(*m);
-    for (std::size_t v = 0; v < m->verts.size(); ++v) {
-        Vector3<float> p = m->verts[v].position;
-        EXPECT_FLOAT_EQ(std::max(std::abs(p.x), std::max(std::abs(p.y), std::abs(p.z))), 0.5f);
-    }
+    for (std::size_t v = 0; v < m->verts.size(); ++v)
+        EXPECT_FLOAT_EQ(CubeExtent(m->verts[v].position), 0.5f) << "vertex " << v;
 }
 
 // Without smoothing the old vertices stay; a smooth edge's point is the mean of its ends and
@@ -97,10 +85,7 @@ TEST(MeshSubdivide, QuadBesideATriangleSharesOneEdgeVertex)
     EXPECT_EQ(m->verts.size(), 12u);
     EXPECT_EQ(m->faces.size(), 8u);
     EXPECT_EQ(m->components, 1);
-    int borders = 0;
-    for (std::size_t i = 0; i < m->edges.size(); ++i)
-        borders += m->edges[i].half < 0;
-    EXPECT_EQ(borders, 2 * 5);
+    EXPECT_EQ(test::BorderCount(*m), 2 * 5);
 }
 
 TEST(MeshSubdivide, MaterialFormAveragesCorners)
@@ -146,7 +131,7 @@ TEST(MeshSmooth, SharpVerticesFollowTheirLinesAndAnchorsStay)
     ASSERT_MESH_VALID(*box);
     for (std::size_t v = 0; v < box->verts.size(); ++v) {
         Vector3<float> p = box->verts[v].position;
-        EXPECT_FLOAT_EQ(std::max(std::abs(p.x), std::max(std::abs(p.y), std::abs(p.z))), 0.5f);
+        EXPECT_FLOAT_EQ(CubeExtent(p), 0.5f);
         if (before.verts[v].is(MeshVert::ANCHOR)) {
             EXPECT_EQ(p, before.verts[v].position);
         }
@@ -316,21 +301,20 @@ TEST(MeshEdgeSplit, BorderEdgeAndRefusals)
     int v = m->edgeSplit(e, -1);
     ASSERT_MESH_VALID(*m);
     EXPECT_TRUE(m->verts[v].is(MeshVert::BORDER));
-    auto before = Snapshot(*m);
+    Mesh before = *m;
     EXPECT_EQ(m->edgeSplit(-1, -1), -1);
     EXPECT_EQ(m->edgeSplit(e, 0), -1); // vertex 0 is in use
-    EXPECT_EQ(Snapshot(*m), before);
+    EXPECT_EQ(test::RecordDifference(before, *m), "");
 }
 
 TEST(MeshEdgeFlip, DiagonalOfAFlatPairTurns)
 {
-    auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
-    int e = m->findEdge(0, 2) >= 0 ? m->findEdge(0, 2) : m->findEdge(2, 0);
+    auto m = test::FlatPair();
+    int e = test::EdgeBetween(*m, 0, 2);
     EXPECT_TRUE(m->edgeFlip(e));
     ASSERT_MESH_VALID(*m);
-    EXPECT_TRUE(m->findEdge(1, 3) >= 0 || m->findEdge(3, 1) >= 0);
-    EXPECT_LT(m->findEdge(0, 2), 0);
-    EXPECT_LT(m->findEdge(2, 0), 0);
+    EXPECT_GE(test::EdgeBetween(*m, 1, 3), 0);
+    EXPECT_LT(test::EdgeBetween(*m, 0, 2), 0);
     EXPECT_NEAR(test::SignedVolume(*m), 0, 1e-12);
     EXPECT_TRUE(m->edgeFlip(e)); // and back
     ASSERT_MESH_VALID(*m);
@@ -338,26 +322,26 @@ TEST(MeshEdgeFlip, DiagonalOfAFlatPairTurns)
 
 TEST(MeshEdgeFlip, RefusalsLeaveTheMeshUntouched)
 {
-    auto quads = test::ClosedCube();
-    auto before = Snapshot(*quads);
-    EXPECT_FALSE(quads->edgeFlip(0)); // quads
-    EXPECT_EQ(Snapshot(*quads), before);
-
     auto tet = Mesh::Tetrahedron();
     tet->makeSmooth();
-    before = Snapshot(*tet);
-    EXPECT_FALSE(tet->edgeFlip(0)); // the other diagonal already exists
-    EXPECT_EQ(Snapshot(*tet), before);
-
-    auto pair = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
-    int border = pair->findEdge(0, 1);
-    before = Snapshot(*pair);
-    EXPECT_FALSE(pair->edgeFlip(border));
-    pair->makeSharp(0);
-    before = Snapshot(*pair);
-    int diagonal = pair->findEdge(0, 2) >= 0 ? pair->findEdge(0, 2) : pair->findEdge(2, 0);
-    EXPECT_FALSE(pair->edgeFlip(diagonal)); // sharp
-    EXPECT_EQ(Snapshot(*pair), before);
+    auto sharp = test::FlatPair();
+    sharp->makeSharp(0);
+    struct Case {
+        char const* name;
+        std::unique_ptr<Mesh> mesh;
+        int a, b; // the edge's ends
+    } cases[] = {
+        {"quads", test::ClosedCube(), 0, 1},
+        {"the other diagonal already exists", std::move(tet), 0, 1},
+        {"border", test::FlatPair(), 0, 1},
+        {"sharp", std::move(sharp), 0, 2},
+    };
+    for (Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Mesh before = *c.mesh;
+        EXPECT_FALSE(c.mesh->edgeFlip(test::EdgeBetween(*c.mesh, c.a, c.b)));
+        EXPECT_EQ(test::RecordDifference(before, *c.mesh), "");
+    }
 }
 
 TEST(MeshFlip, FlipNormalsTurnsEveryFaceAndTwiceRestores)

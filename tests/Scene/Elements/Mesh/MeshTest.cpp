@@ -109,10 +109,7 @@ TEST(MeshRepair, EachRepairIsMadeAndReportedInOneLine)
         EXPECT_EQ(log.entries[0].second, 1);
         EXPECT_EQ(m->verts.size(), c.verts);
         EXPECT_EQ(m->components, c.components);
-        int borders = 0;
-        for (std::size_t i = 0; i < m->edges.size(); ++i)
-            borders += m->edges[i].half < 0;
-        EXPECT_EQ(borders, c.borders);
+        EXPECT_EQ(test::BorderCount(*m), c.borders);
     }
     // Turned back as a whole: the enclosed volume is the octahedron's (4/3).
     EXPECT_NEAR(std::abs(test::SignedVolume(*test::FlippedFaces())), 4.0 / 3.0, 1e-9);
@@ -139,10 +136,7 @@ TEST(MeshRepair, AMoebiusStripIsCutOpen)
     EXPECT_MESH_VALID(*m);
     EXPECT_TRUE(m->repairs & Mesh::REPAIRED_ORIENTATION);
     EXPECT_EQ(m->components, 1);
-    int borders = 0;
-    for (std::size_t i = 0; i < m->edges.size(); ++i)
-        borders += m->edges[i].half < 0;
-    EXPECT_EQ(borders, 2 * n + 2);
+    EXPECT_EQ(test::BorderCount(*m), 2 * n + 2);
 }
 
 TEST(MeshRepair, QuietSwallowsTheRepairReportOnce)
@@ -245,10 +239,10 @@ TEST(MeshVertexFlags, EdgeStartBeginsTheSmoothFanOfEachHalfEdge)
 TEST(MeshSharpness, ZeroAngleMarksEverythingCoplanarFacesStaySoftOtherwise)
 {
     for (float angle : {0.f, 30.f}) {
-        auto m = test::BuildMesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
+        auto m = test::FlatPair();
         m->makeSharp(angle);
         EXPECT_MESH_VALID(*m);
-        int diagonal = m->findEdge(0, 2) >= 0 ? m->findEdge(0, 2) : m->findEdge(2, 0);
+        int diagonal = test::EdgeBetween(*m, 0, 2);
         ASSERT_GE(diagonal, 0);
         EXPECT_EQ(m->edges[diagonal].is(MeshEdge::SHARP), angle == 0);
         EXPECT_EQ(test::SharpEdgeCount(*m), angle == 0 ? 5 : 4);
