@@ -27,9 +27,11 @@ TEST(AssertDeathTest, MessageFormAddsTheReason)
 
 TEST(AssertDeathTest, LibraryAssertionNamesItsSourceFileUnderSrc)
 {
-    // An assertion compiled into the library names its file relative to src/.
+    // An assertion compiled into the library names its file relative to src/; an orientation
+    // mode above three is refused.
     Tool tool;
-    EXPECT_DEATH(tool.changeOrientation(4, false, false), "\n  at Scene/Tool\\.cpp:[0-9]+");
+    EXPECT_DEATH(tool.changeOrientation(4, false, false),
+                 "an orientation mode is 0 to 3\\)\n  at Scene/Tool\\.cpp:[0-9]+");
 }
 
 } // namespace

@@ -165,11 +165,9 @@ TEST(MatrixFrames, NamedAxisFollowsTheDirection)
 TEST(MatrixFrames, ZeroAndParallelInputGiveValidFrames)
 {
     V zero(0, 0, 0), up(0, 0, 3);
-    EXPECT_TRUE(IsRotation(M3::Frame_X(zero)));
-    EXPECT_TRUE(IsRotation(M3::Frame_Z(zero)));
-    EXPECT_TRUE(IsRotation(M3::Frame_xZ(zero, zero)));
-    EXPECT_TRUE(IsRotation(M3::Frame_Xz(zero, zero)));
-    EXPECT_TRUE(IsRotation(M3::Frame_yZ(zero, zero)));
+    for (M3 const& frame : {M3::Frame_X(zero), M3::Frame_Z(zero), M3::Frame_xZ(zero, zero), M3::Frame_Xz(zero, zero),
+                            M3::Frame_yZ(zero, zero)})
+        EXPECT_TRUE(IsRotation(frame));
     // Parallel and anti-parallel pairs: the kept axis still follows its vector.
     for (V other : {up * 2.0, -up, V(0, 0, 1e-300)}) {
         EXPECT_TRUE(IsRotation(M3::Frame_xZ(other, up)));

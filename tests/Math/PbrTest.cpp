@@ -11,10 +11,8 @@ namespace {
 TEST(PbrTest, DefaultBytesAndReadings)
 {
     Pbr p;
-    EXPECT_EQ(p.w[0], 0xFFF80020u);
-    EXPECT_EQ(p.w[1], 0xFFF80020u);
-    EXPECT_EQ(p.w[2], 0xFFF80000u);
-    EXPECT_EQ(p.w[3], 0xFFF80000u);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(p.w[i], i < 2 ? 0xFFF80020u : 0xFFF80000u) << "word " << i;
     fPbr signedReading(p, true);
     EXPECT_EQ(signedReading.rough, 0.0f);
     EXPECT_EQ(signedReading.metal, 0.0f);

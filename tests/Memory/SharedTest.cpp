@@ -23,15 +23,6 @@ protected:
     void TearDown() override { EXPECT_EQ(Counted::alive, 0) << "an owned object leaked"; }
 };
 
-TEST_F(SharedTest, NullHandleHasNoCounterAndDoesNothing)
-{
-    Shared<Counted> empty(nullptr);
-    EXPECT_EQ(empty.count, nullptr);
-    Shared<Counted> copy(empty);
-    EXPECT_EQ(copy.count, nullptr);
-    EXPECT_FALSE(copy);
-}
-
 TEST_F(SharedTest, LastOwnerDeletesExactlyOnce)
 {
     {
@@ -50,8 +41,14 @@ TEST_F(SharedTest, LastOwnerDeletesExactlyOnce)
     EXPECT_EQ(Counted::alive, 0);
 }
 
-TEST_F(SharedTest, WeakHandleNeverDeletes)
+// A null or weak handle has no counter, nor have its copies; a weak one never deletes.
+TEST_F(SharedTest, NullAndWeakHandlesHaveNoCounterAndNeverDelete)
 {
+    Shared<Counted> empty(nullptr);
+    Shared<Counted> emptyCopy(empty);
+    EXPECT_EQ(empty.count, nullptr);
+    EXPECT_EQ(emptyCopy.count, nullptr);
+    EXPECT_FALSE(emptyCopy);
     Counted* raw = new Counted;
     {
         Shared<Counted> weak(raw, true);

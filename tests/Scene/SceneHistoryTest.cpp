@@ -214,7 +214,9 @@ TEST_F(HistoryTest, GroupsCloseByPairsWhateverRecordingDoesInBetween)
     EXPECT_EQ(Command::depth, 0);
 }
 
-TEST_F(HistoryTest, AnEmptyGroupStaysAsAStepUnlessMerged)
+// An empty group stays as a step unless both it and the step before are mergeable; a group
+// must not be folded into its predecessor while it still collects.
+TEST_F(HistoryTest, EmptyGroupsMergeWhenBothAreMergeableAndAnOpenGroupNever)
 {
     h().superBegin("empty", false);
     h().superEnd();
@@ -225,6 +227,13 @@ TEST_F(HistoryTest, AnEmptyGroupStaysAsAStepUnlessMerged)
     h().superBegin("empty", true);
     h().superEnd();
     EXPECT_EQ(h().commands.size(), 2u) << "two empty mergeable groups are one step";
+    h().superBegin("open", true);
+    EXPECT_EQ(h().commands.size(), 3u);
+    probe("a");
+    h().collapse();
+    EXPECT_EQ(h().commands.size(), 3u);
+    h().superEnd();
+    EXPECT_EQ(h().commands.size(), 3u) << "sizes 0 and 1 differ";
 }
 
 TEST_F(HistoryTest, NestedGroupsAreOneStepThatUndoesInReverse)
@@ -240,20 +249,6 @@ TEST_F(HistoryTest, NestedGroupsAreOneStepThatUndoesInReverse)
     h().undo();
     h().redo();
     EXPECT_EQ(journal, (Journal{"uc", "ub", "ua", "ra", "rb", "rc"}));
-}
-
-// An open group must not be folded into its predecessor while it still collects.
-TEST_F(HistoryTest, AnOpenGroupIsNeverMerged)
-{
-    h().superBegin("done", true);
-    h().superEnd();
-    h().superBegin("open", true);
-    EXPECT_EQ(h().commands.size(), 2u);
-    probe("a");
-    h().collapse();
-    EXPECT_EQ(h().commands.size(), 2u);
-    h().superEnd();
-    EXPECT_EQ(h().commands.size(), 2u) << "sizes 0 and 1 differ";
 }
 
 TEST_F(HistoryTest, JumpToClampsAndWalksBothWays)

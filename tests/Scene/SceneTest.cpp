@@ -50,7 +50,6 @@ TEST_F(SceneTreeTest, IdsAreListPositionsAndResolveToTheirObjects)
     EXPECT_EQ(scene->list.count(), 6);
     EXPECT_FALSE(scene->dirty);
     EXPECT_EQ(scene->findObject(0), root);
-    EXPECT_EQ(scene->findObject(3), c);
     EXPECT_DEATH(scene->findObject(-1), "error_id_not_in_scene");
     EXPECT_DEATH(scene->findObject(7), "error_id_not_in_scene");
 
