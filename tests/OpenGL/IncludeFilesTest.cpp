@@ -50,23 +50,13 @@ TEST_F(IncludeFilesTest, RenderFlagValuesAgreeWithTheProgram)
     Shader::setUniform("RenderFlags", carriers[0], carriers[1]);
 
     auto words = CaptureFeedback({4, 4, 4, 4}, 1);
-    auto i = [&](int output, int component) { return int(words[size_t(output)][size_t(component)]); };
-    EXPECT_EQ(i(0, 0), FLAG_LIT);
-    EXPECT_EQ(i(0, 1), FLAG_COLOR_GLOWS);
-    EXPECT_EQ(i(0, 2), FLAG_CONTOURS);
-    EXPECT_EQ(i(0, 3), FLAG_FEATURES);
-    EXPECT_EQ(i(1, 0), FLAG_FLIPPED);
-    EXPECT_EQ(i(1, 1), FLAG_LUMINARY);
-    EXPECT_EQ(i(1, 2), FLAG_NON_EMPTY);
-    EXPECT_EQ(i(1, 3), FLAGS_OBJ_TYPE);
-    EXPECT_EQ(i(2, 0), VALUE_CURVE);
-    EXPECT_EQ(i(2, 1), VALUE_BONE);
-    EXPECT_EQ(i(2, 2), VALUE_RB_STATIC);
-    EXPECT_EQ(i(2, 3), VALUE_RB_DYNAMIC);
-    EXPECT_EQ(i(3, 0), front);
-    EXPECT_EQ(i(3, 1), VALUE_RB_DYNAMIC);
-    EXPECT_EQ(i(3, 2), 0);
-    EXPECT_EQ(i(3, 3), back);
+    int const expected[4][4] = {{FLAG_LIT, FLAG_COLOR_GLOWS, FLAG_CONTOURS, FLAG_FEATURES},
+                                {FLAG_FLIPPED, FLAG_LUMINARY, FLAG_NON_EMPTY, FLAGS_OBJ_TYPE},
+                                {VALUE_CURVE, VALUE_BONE, VALUE_RB_STATIC, VALUE_RB_DYNAMIC},
+                                {front, VALUE_RB_DYNAMIC, 0, back}};
+    for (size_t output = 0; output < 4; ++output)
+        for (size_t component = 0; component < 4; ++component)
+            EXPECT_EQ(int(words[output][component]), expected[output][component]) << output << ", " << component;
 }
 
 // ------------------------------------------------------------------------------------------

@@ -221,24 +221,53 @@ TEST_F(ShaderTest, DestroyingTheCurrentShaderClearsTheMirrors)
     EXPECT_EQ(Shader::id, 0u);
 }
 
-TEST_F(ShaderTest, BrokenStagesFailWithoutCrashAndReportByStage)
+TEST_F(ShaderTest, FailuresAreReportedInTheSlotOfTheirStageWithoutCrash)
 {
-    std::string broken = "##VERTEX\nvoid main() { gl_Position = vec4(0.0); }\n"
-                         "##FRAGMENT\nout vec4 c;\nvoid main() { c = undefinedThing; }\n";
-    Shader s(broken, "", "", "broken");
-    EXPECT_FALSE(s.compile(true));
-    EXPECT_FALSE(s.Compiled);
-    EXPECT_TRUE(Logged("ERROR broken fragment"));
-    EXPECT_TRUE(Logged(">>>")); // the log stands beside the offending source line
-    EXPECT_FALSE(s.enable());  // and again: no crash, still not compiled
+    // The slots of an editor's map: 0 vertex, 1 fragment, 2 link.
+    struct Case {
+        char const* name;
+        std::string text;
+        int slot;
+        char const* logged; // the start of the log of a compile that logs
+        char const* detail; // a word that the slot's report names
+    };
+    Case const cases[] = {
+        {"broken",
+         "##VERTEX\nvoid main() { gl_Position = vec4(0.0); }\n"
+         "##FRAGMENT\nout vec4 c;\nvoid main() { c = undefinedThing; }\n",
+         1, "ERROR broken fragment", "undefinedThing"},
+        // Each stage compiles; the two stages disagree on the type of a uniform.
+        {"unlinked",
+         "##VERTEX\nuniform float X;\nvoid main() { gl_Position = vec4(X); }\n"
+         "##FRAGMENT\nuniform vec2 X;\nout vec4 c;\nvoid main() { c = vec4(X, 0.0, 1.0); }\n",
+         2, "ERROR Shader::compile unlinked", ""},
+        {"missing", "##VERTEX\n#include \":/shaders/Include/NoSuchHeader.glsl\"\nvoid main() {}\n", 0, "ERROR missing", ""},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.name);
+        Messages().clear();
+        Shader s(c.text, "", "", c.name);
+        EXPECT_FALSE(s.compile(true));
+        EXPECT_FALSE(s.Compiled);
+        EXPECT_TRUE(Logged(c.logged));
+        EXPECT_FALSE(s.enable()); // and again: no crash, still not compiled
 
-    std::unordered_map<int, std::string> errors;
-    Shader editor(broken);
-    EXPECT_FALSE(editor.compile(errors));
-    EXPECT_EQ(errors.count(0), 0u);
-    ASSERT_EQ(errors.count(1), 1u);
-    EXPECT_NE(errors[1].find("undefinedThing"), std::string::npos);
-    EXPECT_EQ(errors.count(2), 0u); // not linked
+        std::unordered_map<int, std::string> errors;
+        Shader editor(c.text);
+        EXPECT_FALSE(editor.compile(errors));
+        for (int slot = 0; slot < 3; ++slot) {
+            auto report = errors.find(slot);
+            EXPECT_EQ(report != errors.end() && !report->second.empty(), slot == c.slot) << slot;
+        }
+        EXPECT_NE(errors[c.slot].find(c.detail), std::string::npos) << errors[c.slot];
+
+        Shader fixed(kQuad); // the editor's map, reused after the failure, is emptied
+        EXPECT_TRUE(fixed.compile(errors));
+        for (int slot = 0; slot < 3; ++slot)
+            EXPECT_EQ(errors[slot], "") << slot;
+        EXPECT_TRUE(fixed.Compiled);
+        EXPECT_TRUE(fixed.compile(errors)); // compiled: nothing to do
+    }
 }
 
 TEST_F(ShaderTest, ErrorsNameTheFileAndLineOfTheTextAndOfItsIncludes)
@@ -280,39 +309,6 @@ TEST_F(ShaderTest, ErrorsNameTheFileAndLineOfTheTextAndOfItsIncludes)
     }
 }
 
-TEST_F(ShaderTest, LinkFailureReportsInTheThirdSlot)
-{
-    // Each stage compiles; the two stages disagree on the type of a uniform.
-    std::string unlinked = "##VERTEX\nuniform float X;\nvoid main() { gl_Position = vec4(X); }\n"
-                           "##FRAGMENT\nuniform vec2 X;\nout vec4 c;\nvoid main() { c = vec4(X, 0.0, 1.0); }\n";
-    std::unordered_map<int, std::string> errors;
-    Shader s(unlinked, "", "", "unlinked");
-    EXPECT_FALSE(s.compile(errors));
-    EXPECT_FALSE(errors[2].empty());
-    EXPECT_TRUE(Logged("ERROR Shader::compile unlinked"));
-}
-
-TEST_F(ShaderTest, SuccessfulEditorCompileClearsTheLinkSlot)
-{
-    // The map of an editor, reused after a failed attempt.
-    std::unordered_map<int, std::string> errors{{0, "old"}, {1, "old"}, {2, "old"}};
-    Shader s(kQuad);
-    EXPECT_TRUE(s.compile(errors));
-    EXPECT_EQ(errors[0], "");
-    EXPECT_EQ(errors[1], "");
-    EXPECT_EQ(errors[2], "");
-    EXPECT_TRUE(s.Compiled);
-    EXPECT_TRUE(s.compile(errors)); // compiled: nothing to do
-}
-
-TEST_F(ShaderTest, AMissingIncludeFailsTheStage)
-{
-    Shader s("##VERTEX\n#include \":/shaders/Include/NoSuchHeader.glsl\"\nvoid main() {}\n");
-    std::unordered_map<int, std::string> errors;
-    EXPECT_FALSE(s.compile(errors));
-    EXPECT_FALSE(errors[0].empty());
-}
-
 TEST_F(ShaderTest, MatrixUniformsArriveSoThatMTimesVIsTheRowConvention)
 {
     // A translation by (0.25, 0.5, 0.75) in the row convention; GLSL applies it as M * p.
@@ -329,12 +325,10 @@ TEST_F(ShaderTest, MatrixUniformsArriveSoThatMTimesVIsTheRowConvention)
     Shader::setUniform("T4", Matrix4<double>(t));
 
     auto words = CaptureFeedback({3, 4}, 1);
-    EXPECT_FLOAT_EQ(AsFloat(words[0][0]), 0.25f);
-    EXPECT_FLOAT_EQ(AsFloat(words[0][1]), 0.5f);
-    EXPECT_FLOAT_EQ(AsFloat(words[0][2]), 0.75f);
-    EXPECT_FLOAT_EQ(AsFloat(words[1][0]), 0.25f);
-    EXPECT_FLOAT_EQ(AsFloat(words[1][2]), 0.75f);
-    EXPECT_FLOAT_EQ(AsFloat(words[1][3]), 1.0f);
+    float const expected[4] = {0.25f, 0.5f, 0.75f, 1.0f};
+    for (size_t output = 0; output < 2; ++output)
+        for (size_t i = 0; i < words[output].size(); ++i)
+            EXPECT_FLOAT_EQ(AsFloat(words[output][i]), expected[i]) << output << ", " << i;
 }
 
 TEST_F(ShaderTest, UniformWithoutAShaderAsserts)

@@ -65,7 +65,7 @@ TEST_F(Texture2DTest, EmptyPixelsCompileToAllocatedStorage)
     EXPECT_EQ(format, GL_RGBA32F);
 }
 
-TEST_F(Texture2DTest, LoadMirrorsRowsAndDropsThePixelsAfterUpload)
+TEST_F(Texture2DTest, LoadedPixelsAreDroppedAfterUploadUnlessKept)
 {
     QImage image(3, 2, QImage::Format_RGB32);
     image.fill(qRgb(0, 0, 255));
@@ -77,11 +77,7 @@ TEST_F(Texture2DTest, LoadMirrorsRowsAndDropsThePixelsAfterUpload)
     EXPECT_EQ(t.width(), 3);
     EXPECT_EQ(t.height(), 2);
     EXPECT_EQ(t.internalFormat, GL_RGBA8);
-    ASSERT_EQ(t.data.size(), 3u * 2u * 4u);
-    // Mirrored: the image's top row is the last row of the pixels.
-    EXPECT_EQ(t.data[12], 255);
-    EXPECT_EQ(t.data[14], 0);
-    EXPECT_EQ(t.data[0], 0);
+    ASSERT_EQ(t.data.size(), 3u * 2u * 4u); // the rows' order is checked without GL
     std::vector<unsigned char> described = t.data;
 
     ASSERT_TRUE(t.compile());
@@ -91,7 +87,6 @@ TEST_F(Texture2DTest, LoadMirrorsRowsAndDropsThePixelsAfterUpload)
     EXPECT_EQ(back, described);
 
     Texture2D unmirrored(path("small.png"), false);
-    EXPECT_EQ(unmirrored.data[0], 255);
     unmirrored.keepData = true;
     ASSERT_TRUE(unmirrored.compile());
     EXPECT_EQ(unmirrored.data.size(), 24u);

@@ -58,29 +58,6 @@ TEST_F(TextureKindsTest, AnimatedGifBecomesOneSlicePerFrame)
     EXPECT_EQ(wrapR, GL_REPEAT);
 }
 
-TEST_F(TextureKindsTest, AnimationFilesThatFail)
-{
-    ASSERT_TRUE(WriteGarbage(path("garbage.gif")));
-    for (std::string const& file : {path("missing.gif"), path("garbage.gif")}) {
-        Texture3D t(file);
-        EXPECT_TRUE(t.loadFailed) << file;
-        EXPECT_TRUE(Logged("ERROR Texture3D::load " + file));
-    }
-    // A truncated file: the header survives, the frames do not.
-    ASSERT_TRUE(WriteAnimatedGif(path("whole.gif"), 5, 3, 3, 10));
-    std::ifstream whole(path("whole.gif"), std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(whole)), std::istreambuf_iterator<char>());
-    std::ofstream(path("cut.gif"), std::ios::binary) << bytes.substr(0, 800);
-    Texture3D cut(path("cut.gif"));
-    EXPECT_TRUE(cut.loadFailed);
-}
-
-TEST_F(TextureKindsTest, EmptyVolumeCompilesToStorage)
-{
-    Texture3D t(4, 4, 2, GL_R32F, GL_RED, GL_FLOAT);
-    EXPECT_TRUE(t.compile());
-}
-
 // ------------------------------------------------------------------------------------------
 // Texture2DArray
 // ------------------------------------------------------------------------------------------
@@ -112,16 +89,6 @@ TEST_F(TextureKindsTest, ArrayLayersComeFromAListFileAndAreScaledToTheFirst)
         EXPECT_EQ(back[i], 0) << i;
         EXPECT_EQ(back[i + 2], 255) << i;
     }
-}
-
-TEST_F(TextureKindsTest, ArrayInputsThatFail)
-{
-    Texture2DArray t;
-    EXPECT_FALSE(t.loadFiles(path("no-list.txt")));
-    EXPECT_TRUE(Logged("ERROR Texture2DArray::loadFiles"));
-    EXPECT_FALSE(t.loadFile(path("no-image.png")));
-    EXPECT_TRUE(Logged("ERROR Texture2DArray::loadFile"));
-    EXPECT_TRUE(t.paths.empty());
 }
 
 // ------------------------------------------------------------------------------------------
@@ -196,16 +163,25 @@ TEST_F(TextureKindsTest, PanoramaDirectionsLandOnTheExpectedRegions)
     ASSERT_TRUE(cube.compile());
     EXPECT_TRUE(cube.data.empty());
 
-    auto colours = SampleCube(cube, {{0, 1, 0}, {0, -1, 0}, {0, 0, -1}, {1, 0, 0}, {-1, 0, 0}, {0, 0, 1},
-                                     {0.5f, 0.1f, -0.85f}, {-0.2f, 0.05f, 0.97f}});
-    ExpectColour(colours[0], kUp, "+Y is the top of the picture");
-    ExpectColour(colours[1], kDown, "-Y is the bottom");
-    ExpectColour(colours[2], kFront, "-Z is the middle column");
-    ExpectColour(colours[3], kRight, "+X is right of the middle");
-    ExpectColour(colours[4], kLeft, "-X is left of the middle");
-    ExpectColour(colours[5], kBack, "+Z is at the seam");
-    ExpectColour(colours[6], kFront, "30 degrees right of -Z is still in front");
-    ExpectColour(colours[7], kBack, "near +Z is at the seam");
+    struct Direction {
+        Vector3<float> direction;
+        QRgb colour;
+        char const* what;
+    };
+    Direction const directions[] = {{{0, 1, 0}, kUp, "+Y is the top of the picture"},
+                                    {{0, -1, 0}, kDown, "-Y is the bottom"},
+                                    {{0, 0, -1}, kFront, "-Z is the middle column"},
+                                    {{1, 0, 0}, kRight, "+X is right of the middle"},
+                                    {{-1, 0, 0}, kLeft, "-X is left of the middle"},
+                                    {{0, 0, 1}, kBack, "+Z is at the seam"},
+                                    {{0.5f, 0.1f, -0.85f}, kFront, "30 degrees right of -Z is still in front"},
+                                    {{-0.2f, 0.05f, 0.97f}, kBack, "near +Z is at the seam"}};
+    std::vector<Vector3<float>> asked;
+    for (Direction const& d : directions)
+        asked.push_back(d.direction);
+    auto colours = SampleCube(cube, asked);
+    for (size_t i = 0; i < asked.size(); ++i)
+        ExpectColour(colours[i], directions[i].colour, directions[i].what);
     // Halfway between -Z and +X is the boundary of the front and right bands.
     double x, y;
     TextureCube::PanoramaPosition({0.7, 0.0, -0.7}, 256, 128, x, y);
@@ -252,31 +228,47 @@ TEST_F(TextureKindsTest, HdrPanoramaKeepsValuesAboveOne)
     EXPECT_NEAR(colours[0][1], 1.0f, 0.02f);
 }
 
-TEST_F(TextureKindsTest, PanoramaFilesThatFail)
+// The bytes of a file.
+std::string Bytes(std::string const& file)
 {
-    ASSERT_TRUE(WriteGarbage(path("fake.hdr")));
-    TextureCube notHdr(path("fake.hdr"));
-    EXPECT_TRUE(notHdr.loadFailed);
-    EXPECT_TRUE(Logged("ERROR TextureCube::loadhdr " + path("fake.hdr")));
-    TextureCube missing(path("missing.hdr"));
-    EXPECT_TRUE(missing.loadFailed);
-    TextureCube notImage(path("fake.png"));
-    EXPECT_TRUE(notImage.loadFailed);
-    EXPECT_TRUE(Logged("ERROR TextureCube::load "));
-    // A truncated HDR: a valid header, rows missing.
-    std::vector<float> rgb(16 * 8 * 3, 1.0f);
-    ASSERT_TRUE(WriteHdr(path("whole.hdr"), 16, 8, rgb));
-    std::ifstream whole(path("whole.hdr"), std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(whole)), std::istreambuf_iterator<char>());
-    std::ofstream(path("cut.hdr"), std::ios::binary) << bytes.substr(0, bytes.size() / 3);
-    TextureCube cut(path("cut.hdr"));
-    EXPECT_TRUE(cut.loadFailed);
+    std::ifstream in(file, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-TEST_F(TextureKindsTest, EmptyAndDepthCubesCompileAndRecompile)
+TEST_F(TextureKindsTest, AnimationPanoramaAndLayerFilesThatFail)
 {
-    TextureCube target(16, GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT);
-    ASSERT_TRUE(target.compile());
+    ASSERT_TRUE(WriteGarbage(path("garbage.gif")) && WriteGarbage(path("fake.hdr")));
+    // Truncated files: a valid header, the frames or rows cut short.
+    ASSERT_TRUE(WriteAnimatedGif(path("whole.gif"), 5, 3, 3, 10));
+    ASSERT_TRUE(WriteHdr(path("whole.hdr"), 16, 8, std::vector<float>(16 * 8 * 3, 1.0f)));
+    std::ofstream(path("cut.gif"), std::ios::binary) << Bytes(path("whole.gif")).substr(0, 800);
+    std::string hdr = Bytes(path("whole.hdr"));
+    std::ofstream(path("cut.hdr"), std::ios::binary) << hdr.substr(0, hdr.size() / 3);
+    struct Case {
+        char const* file;
+        bool cube;       // read as a panorama, else as an animation
+        std::string log; // the start of the error logged, if checked
+    };
+    for (Case const& c : {Case{"missing.gif", false, "ERROR Texture3D::load " + path("missing.gif")},
+                          Case{"garbage.gif", false, "ERROR Texture3D::load " + path("garbage.gif")},
+                          Case{"cut.gif", false, ""}, Case{"missing.hdr", true, ""}, Case{"cut.hdr", true, ""},
+                          Case{"fake.hdr", true, "ERROR TextureCube::loadhdr " + path("fake.hdr")},
+                          Case{"missing.png", true, "ERROR TextureCube::load "}}) {
+        SCOPED_TRACE(c.file);
+        Messages().clear();
+        EXPECT_TRUE(c.cube ? TextureCube(path(c.file)).loadFailed : Texture3D(path(c.file)).loadFailed);
+        EXPECT_TRUE(c.log.empty() || Logged(c.log));
+    }
+    Texture2DArray layers;
+    EXPECT_FALSE(layers.loadFiles(path("no-list.txt")));
+    EXPECT_TRUE(Logged("ERROR Texture2DArray::loadFiles"));
+    EXPECT_FALSE(layers.loadFile(path("no-image.png")));
+    EXPECT_TRUE(Logged("ERROR Texture2DArray::loadFile"));
+    EXPECT_TRUE(layers.paths.empty());
+}
+
+TEST_F(TextureKindsTest, DepthCubesCompareAndPanoramasRecompileInPlace)
+{
     TextureCube depth(16, GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_FLOAT);
     ASSERT_TRUE(depth.compile());
     ASSERT_TRUE(depth.enable());
