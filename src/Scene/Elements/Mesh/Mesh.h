@@ -129,10 +129,6 @@ public:
     // The element slot: the current layout, verdict in `invalid`.
     void DataRead(IFile& in) override;
 
-    bool hasPbr() const { return dataType == 1; }
-    bool hasUVs() const { return dataType == 2; }
-    void setDataType(int type);
-
     // Snapshot and restore for undo: exchanges every record, counter and base field.
     void swap(Mesh& other);
 
@@ -352,6 +348,10 @@ public:
     virtual void sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase);
     // Buffers of this level: none until the buffer class slots in (it answers 6).
     virtual int vbos_count() const { return 0; }
+    // Data type 1 carries a material per corner, 2 a UV per corner.
+    virtual bool hasPbr() const { return dataType == 1; }
+    virtual bool hasUVs() const { return dataType == 2; }
+    virtual void setDataType(int type);
     virtual void reset_vaos() {}
     virtual bool vbos_dirty() const { return dirtyBuffers != 0; }
     virtual void set_vbos_dirty(bool dirty) { dirtyBuffers = dirty ? ~0u : 0u; }
