@@ -4,9 +4,12 @@
 
 #include "OpenGL/Environment.h"
 #include "OpenGL/FBO.h"
+#include "OpenGL/GLFunctions.h"
+#include "OpenGL/GLMachine.h"
 #include "OpenGL/GeneratedImages.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureManager.h"
 
 #include <QTemporaryDir>
@@ -162,6 +165,39 @@ TEST_F(EnvironmentTest, ABrightSpotSpreadsWiderAtCoarserLevels)
             EXPECT_GT(spread, lastSpread * 1.2) << "level " << level;
         EXPECT_NEAR(power, firstPower, 0.25 * firstPower) << "level " << level;
         lastSpread = spread;
+    }
+}
+
+TEST_F(EnvironmentTest, TheSkyBoxLooksAlongMinusZWithPlusXToTheRightAndUpAtTheTop)
+{
+    // Red grows with the panorama's column, green towards its top.
+    int const w = 32, h = 16, side = 8;
+    std::vector<float> rgb;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            rgb.insert(rgb.end(), {(x + 0.5f) / w, 1 - (y + 0.5f) / h, 0.5f});
+    Environment cube(panorama(w, h, rgb), 32, 2);
+    FBO screen(dsNone, side, side);
+    screen.addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    ASSERT_TRUE(cube.compile());
+    ASSERT_TRUE(screen.enable());
+    glViewport(0, 0, side, side);
+    {
+        GLMachine m{ShaderManager::instance().ShaderSkyBox, &cube};
+        ASSERT_TRUE(m.enable());
+        Shader::setUniform("ProjectionModelViewMatrix", Matrix4<float>());
+        Shader::setUniform("Rotation", Matrix3<float>());
+        Shader::setUniform("box", cube.activeTexture());
+        Shader::setUniform("level", 0.0f);
+        GLFill();
+    }
+    std::vector<float> out = ReadColorFloat(GL_COLOR_ATTACHMENT0, side, side);
+    auto at = [&](int x, int y, int c) { return out[(size_t(y) * side + size_t(x)) * 4 + size_t(c)]; };
+    EXPECT_NEAR(at(side / 2, side / 2, 0), 0.5f, 0.05f); // the middle column
+    EXPECT_NEAR(at(side / 2, side / 2, 1), 0.5f, 0.05f); // the horizon
+    for (int i = 0; i + 1 < side; ++i) {
+        EXPECT_LT(at(i, side / 2, 0), at(i + 1, side / 2, 0)) << i;
+        EXPECT_LT(at(side / 2, i, 1), at(side / 2, i + 1, 1)) << i;
     }
 }
 
