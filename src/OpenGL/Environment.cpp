@@ -112,10 +112,13 @@ void Environment::filterLevels()
     if (top == 0)
         return;
 
-    // The passes use a framebuffer of their own and their own shaders: the mirrors are cleared
-    // so that the caller's next enable binds its own again.
+    // The passes use a framebuffer of their own and their own shaders. A first enable() may
+    // come in the middle of a pass (a GLMachine compiles its atoms after the caller bound its
+    // framebuffer): the framebuffers and the viewport come back as they were; the shader
+    // mirrors are cleared, so that the caller's next enable binds its program again.
     int viewport[4];
     glGetIntegerv(GL_VIEWPORT, viewport);
+    unsigned const drawn = FBO::DRAW_ID, read = FBO::READ_ID;
     Shader::Current = nullptr;
     Shader::id = 0;
     FBO::disable(fbDraw);
@@ -164,7 +167,10 @@ void Environment::filterLevels()
     }
 
     glDeleteFramebuffers(1, &framebuffer);
-    FBO::disable(fbBoth);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, drawn);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, read);
+    FBO::DRAW_ID = drawn;
+    FBO::READ_ID = read;
     previous = bindForUpload();
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     endUpload(previous);

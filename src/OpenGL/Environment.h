@@ -39,7 +39,8 @@ public:
     static void rotation(int face, Matrix3<float>& rotation);
 
 private:
-    // Levels 1 to maxLevel() from level 0, on the GPU; restores the state it changes.
+    // Levels 1 to maxLevel() from level 0, on the GPU. The caller's framebuffers and viewport
+    // come back; the rest of the state is reset by GLInit().
     void filterLevels();
     // The levels sampling may read (GL_TEXTURE_BASE_LEVEL, GL_TEXTURE_MAX_LEVEL).
     void sampleLevels(int base, int top);

@@ -99,7 +99,8 @@ TEST_F(EnvironmentTest, AConstantPanoramaGivesItsColourAtEveryLevelAndTheStateCo
     glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &draw);
     GLint program = -1;
     glGetIntegerv(GL_CURRENT_PROGRAM, &program);
-    // The mirrors tell the truth, so that the next pass binds what it needs.
+    // The caller's framebuffer is bound again, and the mirrors tell the truth.
+    EXPECT_EQ(unsigned(draw), other.framebuffer);
     EXPECT_EQ(unsigned(draw), FBO::DRAW_ID);
     EXPECT_EQ(unsigned(program), Shader::id);
     EXPECT_EQ(Parameter(cube, GL_TEXTURE_MAX_LEVEL), 3);
