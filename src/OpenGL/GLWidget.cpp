@@ -158,6 +158,7 @@ GLWidget::~GLWidget()
     delete view;
     view = main_view = nullptr;
     Scene::instance().init(true);
+    Rendering::instance().closeResources();
     ShaderManager::instance().clear();
     if (vertexArray)
         glDeleteVertexArrays(1, &vertexArray);
