@@ -9,6 +9,8 @@
 
 #include <glad/gl.h>
 
+#include <algorithm>
+
 namespace vel {
 
 ToolList::ToolList()
@@ -235,11 +237,17 @@ void ToolList::renderOBBs(TRenderState const& state, bool, int& counter) const
     lines.twoSided = true;
     box->prepareRender();
     walkDraws(lines, counter, [&](RenderSubItem const& sub, Matrix34<double> const& M) {
-        AABB const& bounds = sub.sub.element->aabb;
+        Element* element = sub.sub.element;
+        if (element->aabb.empty())
+            element->calculateAABB(Matrix34<double>()); // once: the box is kept with the element
+        AABB const& bounds = element->aabb;
         if (bounds.empty())
-            return; // no bounds known yet
+            return;
         Vector3<double> size = bounds.max - bounds.min;
-        Matrix3<double> scale(size.x, 0, 0, 0, size.y, 0, 0, 0, size.z);
+        // A flat shape keeps a sliver of depth, so that the box's matrix stays invertible.
+        double least = 1e-3 * std::max({size.x, size.y, size.z, 1e-6});
+        Matrix3<double> scale(std::max(size.x, least), 0, 0, 0, std::max(size.y, least), 0, 0, 0,
+                              std::max(size.z, least));
         Matrix34<double> B(scale, (bounds.min + bounds.max) * 0.5);
         if (!box->renderBegin(lines, false))
             return;

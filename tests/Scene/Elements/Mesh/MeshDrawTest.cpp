@@ -82,6 +82,7 @@ protected:
         Rendering& r = Rendering::instance();
         r.style = Rendering::STYLE_PBR;
         r.fast = false;
+        r.showBoundingBoxes = false;
         glBindVertexArray(0);
         History::instance().clear();
         GLResourceTest::TearDown();
@@ -268,6 +269,20 @@ TEST_F(MeshDrawTest, FastModeWritesTheFlagsAndLeavesTheNormalAlone)
     EXPECT_EQ(t.i[0], 1);
     EXPECT_EQ(t.flags(), FLAG_NON_EMPTY | FLAG_LIT);
     EXPECT_EQ(t.f[0], 9.0f) << "xyz of the normal target are masked in fast mode";
+}
+
+TEST_F(MeshDrawTest, BoxesFollowTheListInLinesWithTheEntrysIds)
+{
+    // The box of the two quads runs along y = -0.9 (pixel rows 1 to 2); the gap between the
+    // quads inside it stays empty.
+    Tool a(TwoQuads(false));
+    Rendering::instance().showBoundingBoxes = true;
+    gbuffer(3);
+    draw({&a}, 4);
+    ASSERT_TRUE(target->enableRead());
+    EXPECT_TRUE(read(16, 1).i[0] == 1 || read(16, 2).i[0] == 1) << "no box edge under the quads";
+    EXPECT_EQ(read(16, 4).i[0], 0);
+    EXPECT_EQ(read(8, 8).i[0], 1);
 }
 
 TEST_F(MeshDrawTest, DepthPassWritesDepthOnly)
