@@ -118,8 +118,9 @@ protected:
         glClear(GL_DEPTH_BUFFER_BIT);
     }
 
-    // Lists the tools, sorts them with `style` and draws the pass of that style.
-    void draw(std::vector<Tool*> const& tools, int style)
+    // Lists the tools, sorts them with `style` and draws the pass of that style (or the one of
+    // `kind`); answers the number of draws.
+    int draw(std::vector<Tool*> const& tools, int style, int kind = -1)
     {
         Rendering::instance().style = style;
         list.reset();
@@ -128,10 +129,11 @@ protected:
             t->prepareRender(t->element.get());
         }
         list.sort(true, true, true);
-        int kind = Rendering::hasMaterials(style) ? 0 : style == rtDEPTH ? rtDEPTH : 6;
+        if (kind < 0)
+            kind = Rendering::hasMaterials(style) ? 0 : style == rtDEPTH ? rtDEPTH : 6;
         int counter = 0;
         list.render(Rendering::instance().renderState(kind), false, counter);
-        EXPECT_EQ(counter, int(tools.size()));
+        return counter;
     }
 
     static Texel read(int x, int y)
@@ -171,7 +173,7 @@ TEST_F(MeshDrawTest, IdsNormalsFlagsAndMaterialsUnderKnownPixels)
     for (Pass pass : {Pass{Rendering::STYLE_PBR, 6}, Pass{4, 3}}) {
         SCOPED_TRACE(pass.style);
         gbuffer(pass.targets);
-        draw({&a, &b}, pass.style);
+        EXPECT_EQ(draw({&a, &b}, pass.style), 2);
         ASSERT_TRUE(target->enableRead());
         for (Pixel const& p : pixels) {
             SCOPED_TRACE(::testing::Message() << "pixel " << p.x << "," << p.y);
@@ -201,6 +203,22 @@ TEST_F(MeshDrawTest, IdsNormalsFlagsAndMaterialsUnderKnownPixels)
                 EXPECT_NEAR(colour[3], 1.0f, 0.01f);
             }
         }
+    }
+}
+
+TEST_F(MeshDrawTest, TheTransparentPassDrawsTheTransparentListOnly)
+{
+    Shared<Element> quads = TwoQuads(false);
+    Tool a(quads);
+    Tool c(quads, Matrix34<double>(Matrix3<double>(), Vector3<double>(0, 1, 0)));
+    c.flags |= Tool::FLAG_TRANSPARENT;
+    for (int kind : {0, 1}) {
+        SCOPED_TRACE(kind);
+        gbuffer(6);
+        EXPECT_EQ(draw({&a, &c}, Rendering::STYLE_PBR, kind), 1);
+        ASSERT_TRUE(target->enableRead());
+        EXPECT_EQ(read(8, 8).i[0], kind == 0 ? 1 : 0) << "the opaque tool";
+        EXPECT_EQ(read(8, 24).i[0], kind == 1 ? 2 : 0) << "the transparent tool";
     }
 }
 
@@ -263,7 +281,7 @@ TEST_F(MeshDrawTest, FastModeWritesTheFlagsAndLeavesTheNormalAlone)
     Tool a(TwoQuads(false));
     Rendering::instance().fast = true;
     gbuffer(3);
-    draw({&a}, 4);
+    EXPECT_EQ(draw({&a}, 4), 1);
     ASSERT_TRUE(target->enableRead());
     Texel t = read(8, 8);
     EXPECT_EQ(t.i[0], 1);
@@ -278,7 +296,7 @@ TEST_F(MeshDrawTest, BoxesFollowTheListInLinesWithTheEntrysIds)
     Tool a(TwoQuads(false));
     Rendering::instance().showBoundingBoxes = true;
     gbuffer(3);
-    draw({&a}, 4);
+    EXPECT_EQ(draw({&a}, 4), 1) << "the boxes are counted from the same start";
     ASSERT_TRUE(target->enableRead());
     EXPECT_TRUE(read(16, 1).i[0] == 1 || read(16, 2).i[0] == 1) << "no box edge under the quads";
     EXPECT_EQ(read(16, 4).i[0], 0);
@@ -294,7 +312,7 @@ TEST_F(MeshDrawTest, DepthPassWritesDepthOnly)
     glReadBuffer(GL_NONE);
     glViewport(0, 0, N, N);
     glClear(GL_DEPTH_BUFFER_BIT);
-    draw({&a}, rtDEPTH);
+    EXPECT_EQ(draw({&a}, rtDEPTH), 1);
     float depth[2] = {0, 0};
     glReadPixels(8, 8, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth[0]);
     glReadPixels(16, 16, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth[1]);
