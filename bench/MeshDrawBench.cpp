@@ -50,7 +50,14 @@ void BM_MeshBufferBytesPerTriangle(benchmark::State& state)
         glFinish();
     }
     state.counters["triangles"] = double(mesh->triangles);
-    state.counters["bytes_per_triangle"] = double(mesh->gpuBytes()) / double(mesh->triangles);
+    double const triangles = double(mesh->triangles);
+    state.counters["bytes_per_triangle"] = double(mesh->gpuBytes()) / triangles;
+    // What each layout reads: depth passes the positions, the G-buffer all but the materials
+    // (or all), fast mode all but the normals.
+    state.counters["positions"] = mesh->vbo_positions()->size / triangles;
+    state.counters["ids"] = mesh->vbo_ids()->size / triangles;
+    state.counters["normals"] = mesh->vbo_normals()->size / triangles;
+    state.counters["materials"] = mesh->vbo_pbrs()->size / triangles;
     state.SetLabel(materials ? "with vertex materials" : "plain");
     mesh->deleteGPUData();
 }
