@@ -107,13 +107,14 @@ protected:
         glDrawBuffers(targets, buffers);
         glViewport(0, 0, N, N);
         int const zero[4] = {0, 0, 0, 0};
+        float const none[4] = {0, 0, 0, 0};
         // The normal target starts at a mark that a masked draw must leave in xyz.
         float const mark[4] = {9, 9, 9, 0};
         for (int i = 0; i < targets; ++i) {
             if (i < 2)
                 glClearBufferiv(GL_COLOR, i, zero);
             else
-                glClearBufferfv(GL_COLOR, i, i == 2 ? mark : mark + 3);
+                glClearBufferfv(GL_COLOR, i, i == 2 ? mark : none);
         }
         glClear(GL_DEPTH_BUFFER_BIT);
     }
