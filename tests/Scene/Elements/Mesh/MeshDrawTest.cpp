@@ -9,6 +9,7 @@
 #include "OpenGL/GLState.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/RenderFlags.h"
 #include "Scene/SceneHistory.h"
@@ -149,6 +150,21 @@ protected:
         return t;
     }
 };
+
+TEST_F(MeshDrawTest, EveryMeshProgramLinks)
+{
+    // The validator sees one stage at a time; the stages of a program must also agree.
+    ShaderManager const& m = ShaderManager::instance();
+    for (Shader* shader :
+         {m.ShaderMeshRenderPbr, m.ShaderMeshRenderMeshPbr, m.ShaderMeshRenderTex, m.ShaderMeshRender,
+          m.ShaderMeshRenderFast, m.ShaderMeshSnakeRenderPbr, m.ShaderMeshSnakeRenderMeshPbr, m.ShaderMeshSnakeRenderTex,
+          m.ShaderMeshSnakeRender, m.ShaderMeshSnakeRenderFast, m.ShaderMeshColor, m.ShaderMeshRenderPaint,
+          m.ShaderMeshDepthPeel, m.ShaderMeshDepth, m.ShaderMeshDepthPeelComponent}) {
+        ASSERT_NE(shader, nullptr);
+        EXPECT_TRUE(shader->compile(false)) << shader->name << " [" << shader->vertexDefines << " / "
+                                            << shader->fragmentDefines << "]";
+    }
+}
 
 TEST_F(MeshDrawTest, IdsNormalsFlagsAndMaterialsUnderKnownPixels)
 {
