@@ -92,7 +92,9 @@ public:
     void sort(bool curves, bool transparent, bool rigid);
     // Draws the transparent list for kind 1, else the opaque one, then the boxes when the
     // rendering settings ask for them. Each draw's id is the entry + 1, with the top bit for
-    // a selected or highlighted tool; `counter` counts the draws. Ends with no program in use.
+    // a selected or highlighted tool; the spare fourth id word carries the tool's own id.
+    // `counter` counts the draws. Ends with no program in use and the vertex array that was
+    // bound before. The elements' buffers must be filled first (Tool::prepareRender).
     void render(TRenderState const& state, bool flag, int& counter) const;
     // The oriented box of each entry of the same list, drawn in lines with the entry's ids.
     void renderOBBs(TRenderState const& state, bool flag, int& counter) const;
