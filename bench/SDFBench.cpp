@@ -40,7 +40,7 @@ std::vector<SDFTool*> buildTree(Root* root, int n, unsigned seed)
 }
 
 // One edit of a priority, the repair of the tree, and the listing that refills the top's
-// list and the evaluator built from it: what a frame pays after the edit.
+// list: what a frame pays for the list after the edit.
 void BM_SDFListAfterPriorityEdit(benchmark::State& state)
 {
     auto* root = new Root;
@@ -48,20 +48,36 @@ void BM_SDFListAfterPriorityEdit(benchmark::State& state)
     History::Pause pause;
     std::mt19937 rng(2);
     std::vector<Tool*> list;
-    SDFEvaluator evaluator;
     for (auto _ : state) {
         SDFTool* t = tools[1 + rng() % (tools.size() - 1)];
         t->setPriorityBracket(int16_t(rng() % tools.size()), t->sdf.bracket);
         tools[0]->fixTree();
         list.clear();
         root->toList(list);
-        evaluator.build(tools[0]->sdfs);
-        benchmark::DoNotOptimize(evaluator.entries.data());
+        benchmark::DoNotOptimize(tools[0]->sdfs.size());
     }
     state.SetItemsProcessed(state.iterations());
     delete root;
 }
 BENCHMARK(BM_SDFListAfterPriorityEdit)->Arg(1000)->Unit(benchmark::kMicrosecond);
+
+// The evaluator made from a listed tree: ordering, transforms and bounds of every entry.
+void BM_SDFBuildEvaluator(benchmark::State& state)
+{
+    auto* root = new Root;
+    auto tools = buildTree(root, int(state.range(0)), 1);
+    std::vector<Tool*> list;
+    root->toList(list);
+    SDFEvaluator evaluator;
+    for (auto _ : state) {
+        evaluator.build(tools[0]->sdfs);
+        benchmark::DoNotOptimize(evaluator.entries.data());
+    }
+    state.SetItemsProcessed(state.iterations());
+    History::Pause pause;
+    delete root;
+}
+BENCHMARK(BM_SDFBuildEvaluator)->Arg(1000)->Unit(benchmark::kMicrosecond);
 
 // A leaf moved to another parent in the tree, as one step of the history: the removal's
 // bracket hand-over, the regrouping and the repair, then the listing.

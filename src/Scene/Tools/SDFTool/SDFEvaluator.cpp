@@ -150,9 +150,11 @@ void SDFEvaluator::build(std::vector<SDFObj> const& objs, std::vector<Matrix34<d
         SDFObj const& o = objs[i];
         Entry e;
         // The entry's space from the space of evaluation: W0 then inverse of Wi.
-        Matrix34<double> toLocal;
-        if (i > 0 && worlds[i].invertible())
+        Matrix34<double> toLocal, fromLocal;
+        if (i > 0 && worlds[i].invertible()) {
             toLocal = first * inv(worlds[i]);
+            fromLocal = worlds[i] * base;
+        }
         for (int k = 0; k < 12; ++k)
             e.m[k] = float(toLocal.m[k]);
         double det = std::abs(toLocal.determinant());
@@ -200,7 +202,7 @@ void SDFEvaluator::build(std::vector<SDFObj> const& objs, std::vector<Matrix34<d
         e.close = std::max(0, -int(o.bracket));
         entries.push_back(e);
         AABB local = o.obb_tight();
-        boxes.push_back(toLocal.invertible() ? local.transform(inv(toLocal)) : local);
+        boxes.push_back(local.transform(fromLocal));
     }
     computeBounds(boxes);
 }

@@ -23,12 +23,13 @@ constexpr double PI = 3.14159265358979323846;
 // tree that goes as a whole, and need no bookkeeping of their own.
 bool gRemovingSDF = false;
 
-// Pairs of matching brackets of tools read in `ordered` order. With `repair`, a close with
-// nothing open moves one towards 0 as a command.
-std::multimap<SDFTool*, SDFTool*> Match(std::vector<SDFTool*> const& ordered, bool repair)
+// Pairs the brackets of tools read in `ordered` order into `pairs` (when given). With
+// `repair`, a close with nothing open moves one towards 0 as a command. Returns whether the
+// first and the last tool are a matched pair: a pair around the whole list.
+bool Match(std::vector<SDFTool*> const& ordered, bool repair, std::multimap<SDFTool*, SDFTool*>* pairs)
 {
-    std::multimap<SDFTool*, SDFTool*> pairs;
     std::vector<SDFTool*> open;
+    bool around = false;
     for (SDFTool* t : ordered) {
         int b = t->sdf.bracket;
         for (int k = 0; k < b; ++k)
@@ -39,30 +40,23 @@ std::multimap<SDFTool*, SDFTool*> Match(std::vector<SDFTool*> const& ordered, bo
                     t->setPriorityBracket(t->sdf.priority, int16_t(t->sdf.bracket + 1));
                 continue;
             }
-            pairs.emplace(open.back(), t);
-            pairs.emplace(t, open.back());
+            if (pairs) {
+                pairs->emplace(open.back(), t);
+                pairs->emplace(t, open.back());
+            }
+            around = around || (t == ordered.back() && open.back() == ordered.front() && t != open.back());
             open.pop_back();
         }
     }
-    return pairs;
+    return around;
 }
 
-bool Matched(std::multimap<SDFTool*, SDFTool*> const& pairs, SDFTool* a, SDFTool* b)
+// The walk sorted by priority, equal priorities in the walk's order: findOrder as a vector.
+std::vector<SDFTool*> Ordered(std::vector<SDFTool*> tools)
 {
-    auto range = pairs.equal_range(a);
-    for (auto i = range.first; i != range.second; ++i)
-        if (i->second == b)
-            return true;
-    return false;
-}
-
-std::vector<SDFTool*> Ordered(std::multimap<short, SDFTool*> const& order)
-{
-    std::vector<SDFTool*> out;
-    out.reserve(order.size());
-    for (auto const& entry : order)
-        out.push_back(entry.second);
-    return out;
+    std::stable_sort(tools.begin(), tools.end(),
+                     [](SDFTool* a, SDFTool* b) { return a->sdf.priority < b->sdf.priority; });
+    return tools;
 }
 
 } // namespace
@@ -192,7 +186,9 @@ std::multimap<short, SDFTool*> SDFTool::findOrder()
 
 std::multimap<SDFTool*, SDFTool*> SDFTool::findMatchingBrackets()
 {
-    return Match(Ordered(findOrder()), true);
+    std::multimap<SDFTool*, SDFTool*> pairs;
+    Match(Ordered(walk()), true, &pairs);
+    return pairs;
 }
 
 // ---- brackets and priorities -----------------------------------------------------------
@@ -210,7 +206,7 @@ void SDFTool::setPriorityBracket(int16_t priority, int16_t bracket)
 void SDFTool::setSDFPriorityGroup(int base, std::deque<short> saved)
 {
     bool hierarchy = saved.empty() && hasSDFHierarchy();
-    std::vector<SDFTool*> ordered = Ordered(findOrder());
+    std::vector<SDFTool*> ordered = Ordered(walk());
     if (!saved.empty())
         for (SDFTool* t : walk())
             for (short s : saved)
@@ -223,7 +219,7 @@ void SDFTool::setSDFPriorityGroup(int base, std::deque<short> saved)
         return;
     SDFTool* first = ordered.front();
     SDFTool* last = ordered.back();
-    if (Matched(Match(ordered, false), first, last))
+    if (Match(ordered, false, nullptr))
         return;
     first->setPriorityBracket(first->sdf.priority, int16_t(first->sdf.bracket + 1));
     last->setPriorityBracket(last->sdf.priority, int16_t(last->sdf.bracket - 1));
@@ -258,7 +254,7 @@ void SDFTool::fixPriorities()
 {
     if (isMember())
         return;
-    std::vector<SDFTool*> ordered = Ordered(findOrder());
+    std::vector<SDFTool*> ordered = Ordered(walk());
     for (size_t i = 0; i < ordered.size(); ++i)
         ordered[i]->setPriorityBracket(int16_t(i), ordered[i]->sdf.bracket);
     if (ordered.size() < 2)
@@ -266,7 +262,7 @@ void SDFTool::fixPriorities()
     SDFTool* first = ordered.front();
     SDFTool* last = ordered.back();
     // A pair around the whole list groups nothing.
-    if (!Matched(Match(ordered, false), first, last))
+    if (!Match(ordered, false, nullptr))
         return;
     first->setPriorityBracket(first->sdf.priority, int16_t(first->sdf.bracket - 1));
     last->setPriorityBracket(last->sdf.priority, int16_t(last->sdf.bracket + 1));
@@ -279,7 +275,7 @@ std::vector<std::string> SDFTool::validateTree()
     std::vector<std::string> violations;
     if (isMember())
         return {"not a top"};
-    std::vector<SDFTool*> ordered = Ordered(findOrder());
+    std::vector<SDFTool*> ordered = Ordered(walk());
     int n = int(ordered.size()), depth = 0;
     for (int i = 0; i < n; ++i) {
         SDFObj const& o = ordered[i]->sdf;
@@ -313,9 +309,10 @@ bool SDFTool::fixTree()
     int16_t const limit = int16_t(std::min<size_t>(tools.size(), 0x7fff));
     for (SDFTool* t : tools)
         t->setPriorityBracket(t->sdf.priority, std::clamp<int16_t>(t->sdf.bracket, int16_t(-limit), limit));
-    fixPriorities();
-    std::vector<SDFTool*> ordered = Ordered(findOrder());
-    Match(ordered, true);
+    std::vector<SDFTool*> ordered = Ordered(tools);
+    for (size_t i = 0; i < ordered.size(); ++i)
+        ordered[i]->setPriorityBracket(int16_t(i), ordered[i]->sdf.bracket);
+    Match(ordered, true, nullptr);
     // Opens that never close move towards 0, the innermost first.
     std::vector<SDFTool*> open;
     for (SDFTool* t : ordered) {
@@ -330,12 +327,11 @@ bool SDFTool::fixTree()
         t->setPriorityBracket(t->sdf.priority, int16_t(t->sdf.bracket - 1));
     }
     // Every pair around the whole list groups nothing.
-    for (size_t i = 0; i < tools.size(); ++i) {
-        auto order = findOrder();
-        short first = order.begin()->second->sdf.bracket;
-        fixPriorities();
-        if (order.begin()->second->sdf.bracket == first)
-            break;
+    while (ordered.size() > 1 && Match(ordered, false, nullptr)) {
+        SDFTool* first = ordered.front();
+        SDFTool* last = ordered.back();
+        first->setPriorityBracket(first->sdf.priority, int16_t(first->sdf.bracket - 1));
+        last->setPriorityBracket(last->sdf.priority, int16_t(last->sdf.bracket + 1));
     }
 
     for (size_t i = 0; i < tools.size(); ++i)
