@@ -1,12 +1,16 @@
 // SDF trees: membership, listing, order, brackets and their repairs, the commands of the
 // operation and of parenting, undo of all of it, and the repair of loaded trees.
 #include "Scene/Commands/CommandSDFSave.h"
+#include "Scene/Elements/Mesh/MeshFixtures.h" // LogCapture
+#include "Scene/IFile.h"
+#include "Scene/OFile.h"
 #include "Scene/Tools/SDFTool/SDFEvaluator.h"
 #include "Scene/Tools/SDFTool/SDFTool.h"
 #include "Scene/SceneTestSupport.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <random>
 #include <tuple>
 
@@ -255,6 +259,72 @@ TEST_F(SDFTreeTest, LoadedTreesAreRepairedAndLogged)
     EXPECT_TRUE(top->validateTree().empty());
     EXPECT_EQ(b->sdf.priority, 2);
     EXPECT_TRUE(sound->validateTree().empty());
+}
+
+TEST_F(SDFTreeTest, ClonesAndOutlinesCarryTheParameters)
+{
+    SDFTool* top = sdf(root, SDF_ADD, 0, 0);
+    SDFTool* member = sdf(top, SDF_SUB, 1, 0);
+    member->sdf.shape = SDF_TORUS;
+    member->sdf.dims = {2, 0.5f, 90};
+    auto* copy = static_cast<SDFTool*>(top->cloneTool(true));
+    ASSERT_TRUE(copy->isSDF());
+    ASSERT_EQ(copy->children.size(), 1u);
+    auto* copied = static_cast<SDFTool*>(copy->children[0]);
+    EXPECT_EQ(copied->sdf.difference(member->sdf), -1);
+    EXPECT_EQ(copied->sdf.priority, 1);
+    root->addChild(copy);
+
+    // The capped torus goes to the outline with its half angle in radians, and a linear
+    // array's box is the whole array.
+    SDFOutline o = member->simpleOutline(Matrix34<double>());
+    EXPECT_EQ(o.ids[0], SDF_CAPPED_TORUS);
+    EXPECT_NEAR(o.dims_r[2], 3.14159265 / 4, 1e-6);
+    member->sdf.shape = SDF_BOX;
+    member->sdf.nx = 3;
+    o = member->simpleOutline(Matrix34<double>());
+    EXPECT_EQ(o.ids[2], SDF_ARRAY_LINEAR);
+    EXPECT_EQ(o.nn[0], 3);
+    EXPECT_NEAR(o.box.max.x, 1 + 2, 1e-6); // half size 1, copies 2 apart
+}
+
+// Records of a top and three members as a load meets them: brackets that never close, all
+// priorities 0, a shape out of range, a NaN size, and a record cut short.
+TEST_F(SDFTreeTest, MalformedRecordsLoadRepairedWithWarnings)
+{
+    LogCapture log;
+    std::string bytes;
+    for (int i = 0; i < 4; ++i) {
+        SDFObj o;
+        o.operation = uint8_t(i == 0 ? SDF_NOOP : SDF_ADD);
+        o.bracket = int16_t(i == 0 ? 30000 : 0);
+        o.dims.y = i == 2 ? std::nanf("") : 1.0f;
+        OFile out;
+        o.DataWrite(out);
+        std::string record = out.bytes();
+        if (i == 1)
+            record[28] = char(99); // the shape byte
+        bytes += i == 3 ? record.substr(0, 40) : record;
+    }
+    IFile in(QByteArray::fromStdString(bytes));
+    history().enabled = false;
+    std::vector<SDFTool*> tools;
+    for (int i = 0; i < 4; ++i) {
+        auto* t = new SDFTool;
+        EXPECT_EQ(t->SDFDataRead(in, SDF_VERSION_CURRENT), i < 3);
+        (tools.empty() ? static_cast<Tool*>(root) : tools[0])->addChild(t);
+        tools.push_back(t);
+    }
+    std::unordered_map<int, Tool*> map;
+    root->toMap(map);
+    EXPECT_EQ(SDFTool::RepairLoaded(map, SDF_VERSION_CURRENT), 1);
+    history().enabled = true;
+    EXPECT_TRUE(tools[0]->validateTree().empty());
+    EXPECT_EQ(tools[1]->sdf.shape, SDF_SPHERE);
+    EXPECT_EQ(tools[2]->sdf.dims.y, 1.0f);
+    ASSERT_EQ(log.entries.size(), 4u) << log.all().toStdString();
+    for (auto const& entry : log.entries)
+        EXPECT_EQ(entry.second, 1) << entry.first.toStdString();
 }
 
 // ---- random edits ----------------------------------------------------------------------
