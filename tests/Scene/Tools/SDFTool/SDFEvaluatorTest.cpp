@@ -252,6 +252,30 @@ TEST(SDFEvaluatorTest, ShellsClipsArraysPaintAndBlends)
         }
 }
 
+// A joint turns the seam of two spheres into a pipe; under intersection the pipe is all.
+TEST(SDFEvaluatorTest, JointsMakePipesAlongTheSeam)
+{
+    std::vector<SDFObj> objs(2, Shape(SDF_SPHERE, {2, 2, 2}));
+    objs[1].operation = SDF_INT;
+    objs[1].joint0 = 0.1f;
+    objs[1].joint1 = 0.05f;
+    std::vector<Matrix34<double>> worlds{Matrix34<double>(), Matrix34<double>::Translation(V(1, 0, 0))};
+    V seam(0.5, std::sqrt(0.75), 0); // on both spheres
+    V away(0.5, std::sqrt(0.75) + 0.3, 0);
+    struct Case {
+        int joint;
+        double onSeam;
+    };
+    for (Case c : {Case{SDF_JOINT_ROUND, -0.1}, Case{SDF_JOINT_QUAD, -0.05}, Case{SDF_JOINT_RHOMB, -0.1}}) {
+        objs[1].joint = uint8_t(c.joint);
+        SDFEvaluator e;
+        e.build(objs, worlds);
+        EXPECT_NEAR(e.distance(Vector3<float>(seam)), c.onSeam, 1e-5) << "joint " << c.joint;
+        EXPECT_GT(e.distance(Vector3<float>(away)), 0.05) << "joint " << c.joint;
+        EXPECT_GT(e.distance({0, 0, 0}), 0) << "the pipe, not the lens, under intersection";
+    }
+}
+
 // Every point inside the tree lies inside its box, for random sharp trees with groups.
 TEST(SDFEvaluatorTest, BoundsHoldEveryInsidePoint)
 {
