@@ -11,6 +11,10 @@
 // It is the reference of the shader and of the conversion to meshes, and serves picking.
 // Build once per change of the list, then call `distance` as often as needed: it does no
 // allocation and is safe to call from several threads.
+//
+// Index (SDFEvaluator.cpp)
+// - building: order, transforms, scales, clip boxes, arrays, and the tree's bounds
+// - the pieces: shapes, operations and blends, joints, one entry, the whole list
 #pragma once
 
 #include "Math/AABB.h"

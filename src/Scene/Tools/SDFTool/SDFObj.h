@@ -7,6 +7,11 @@
 // The record of the SDF fields in scene files (95 bytes in the current version) is read
 // by version: each version adds fields at the end, and fields a version lacks keep their
 // defaults. Reading never trusts the values: `repair` brings every field into its range.
+//
+// Index (SDFObj.cpp)
+// - comparison and derived values
+// - bounds
+// - the record
 #pragma once
 
 #include "Math/AABB.h"

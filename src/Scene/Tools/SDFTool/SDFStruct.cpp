@@ -16,7 +16,7 @@ int16_t SDFStruct::prio() const
 
 int16_t SDFStruct::bracket() const
 {
-    return is_temp() || !tool ? bracket_ : tool->sdf.bracket;
+    return is_temp() || !tool ? bracketCount : tool->sdf.bracket;
 }
 
 int32_t SDFStruct::SelectionID() const

@@ -17,7 +17,7 @@ struct SDFStruct {
     Matrix34<double> world; // the tool's world matrix when listed
     int32_t selection = 0;  // index of the tool in the scene's flat list
     int16_t priority = 0;   // used only by temporary entries
-    int16_t bracket_ = 0;   // used only by temporary entries
+    int16_t bracketCount = 0;   // used only by temporary entries
     bool temporary = false;
 
     bool is_temp() const;

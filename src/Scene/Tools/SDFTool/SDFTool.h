@@ -20,8 +20,8 @@
 // - listing
 // - walks of the tree
 // - brackets and priorities
-// - edits: operation, parent, removal
 // - validation and repair
+// - edits: operation, parent, removal
 // - file record and outline
 #pragma once
 
