@@ -243,40 +243,13 @@ TEST_F(SDFTreeTest, PriorityGroupMapAndSavedBrackets)
     EXPECT_EQ(c->sdf.bracket, -1);
 }
 
-TEST_F(SDFTreeTest, LoadedTreesAreRepairedAndLogged)
+// The capped torus goes to the outline with its half angle in radians, and a linear
+// array's box is the whole array.
+TEST_F(SDFTreeTest, OutlinesCarryTheShaderValues)
 {
-    // Brackets that never close, priorities all 0, a close before any open.
-    SDFTool* top = sdf(root, SDF_ADD, 0, 3);
-    sdf(top, SDF_ADD, 0, 0);
-    SDFTool* b = sdf(top, SDF_SUB, 0, -1);
-    SDFTool* sound = sdf(root, SDF_ADD, 0);
-    sdf(sound, SDF_ADD, 1);
-    std::unordered_map<int, Tool*> map;
-    root->toMap(map);
-    history().enabled = false;
-    EXPECT_EQ(SDFTool::RepairLoaded(map, SDF_VERSION_CURRENT), 1);
-    history().enabled = true;
-    EXPECT_TRUE(top->validateTree().empty());
-    EXPECT_EQ(b->sdf.priority, 2);
-    EXPECT_TRUE(sound->validateTree().empty());
-}
-
-TEST_F(SDFTreeTest, ClonesAndOutlinesCarryTheParameters)
-{
-    SDFTool* top = sdf(root, SDF_ADD, 0, 0);
-    SDFTool* member = sdf(top, SDF_SUB, 1, 0);
+    SDFTool* member = sdf(root, SDF_SUB);
     member->sdf.shape = SDF_TORUS;
     member->sdf.dims = {2, 0.5f, 90};
-    auto* copy = static_cast<SDFTool*>(top->cloneTool(true));
-    ASSERT_TRUE(copy->isSDF());
-    ASSERT_EQ(copy->children.size(), 1u);
-    auto* copied = static_cast<SDFTool*>(copy->children[0]);
-    EXPECT_EQ(copied->sdf.difference(member->sdf), -1);
-    EXPECT_EQ(copied->sdf.priority, 1);
-    root->addChild(copy);
-
-    // The capped torus goes to the outline with its half angle in radians, and a linear
-    // array's box is the whole array.
     SDFOutline o = member->simpleOutline(Matrix34<double>());
     EXPECT_EQ(o.ids[0], SDF_CAPPED_TORUS);
     EXPECT_NEAR(o.dims_r[2], 3.14159265 / 4, 1e-6);
