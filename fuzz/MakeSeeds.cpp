@@ -6,6 +6,7 @@
 #include "OpenGL/ShaderManager.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/OFile.h"
+#include "Scene/Tools/SDFTool/SDFObj.h"
 #include "TestImages.h" // the GIF and HDR writers of the texture tests
 
 #include <QDir>
@@ -53,6 +54,25 @@ void Meshes()
         m->DataWrite(out);
         Seed("mesh_record", "mesh" + std::to_string(m->verts.size()), char(version) + out.bytes().substr(8));
     }
+}
+
+// A tree of three records in the current layout: a top, a member that opens a group and one
+// that closes it; and the same records read as the oldest layout.
+void SDFRecords()
+{
+    std::string tree(1, char(7)); // the byte that picks the current version
+    for (int i = 0; i < 3; ++i) {
+        SDFObj o;
+        o.shape = uint8_t(i * 3);
+        o.operation = uint8_t(i == 0 ? 0 : i);
+        o.priority = int16_t(i);
+        o.bracket = int16_t(i == 1 ? 1 : i == 2 ? -1 : 0);
+        OFile out;
+        o.DataWrite(out);
+        tree += char(i == 0 ? 0 : 1) + out.bytes();
+    }
+    Seed("sdf_record", "tree", tree);
+    Seed("sdf_record", "oldest", char(0) + tree.substr(1));
 }
 
 void Streams()
@@ -125,6 +145,7 @@ int main(int argc, char** argv)
     Q_INIT_RESOURCE(shaders);
     gFolder = argv[1];
     Meshes();
+    SDFRecords();
     Streams();
     Shaders();
     Images();
