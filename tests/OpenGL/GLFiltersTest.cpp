@@ -175,8 +175,9 @@ TEST_F(GLFiltersTest, NoiseOfSomeStrengthChangesThePictureByAtMostHalfOfIt)
     for (size_t i = 0; i < out.size(); ++i) {
         EXPECT_LE(std::abs(out[i] - p[i]), 0.1f + 1e-5f);
         moved = std::max(moved, std::abs(out[i] - p[i]));
-        if (i % 4 == 3)
+        if (i % 4 == 3) {
             EXPECT_EQ(out[i], 1.0f); // alpha is left alone
+        }
     }
     EXPECT_GT(moved, 0.01f);
 }
