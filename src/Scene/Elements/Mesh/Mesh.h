@@ -126,6 +126,8 @@ public:
     // a scene calls this form: it needs the version and the verdict, which the element slot
     // below, a void of one argument, cannot carry.
     bool DataRead(IFile& in, int version);
+    // Records before 20180605.
+    bool DataReadOld(IFile& in, int version);
     // The element slot: the current layout, verdict in `invalid`.
     void DataRead(IFile& in) override;
 
@@ -362,6 +364,8 @@ public:
     virtual Vector3<float> PointSculptSmooth(int v) const;
 
 private:
+    // The fields of a record in the layout of `version` (DataRead and DataReadOld).
+    bool readRecord(IFile& in, int version);
     // buildConnectivity; with `sharpFromNormals`, buildSharpness runs once pairs are known, so
     // the vertex flags are derived only once.
     bool buildConnectivity(bool sharpFromNormals);
