@@ -292,8 +292,10 @@ void writeTools(OFile& out, std::vector<Top> const& tops)
             list[k]->DataWrite(out, ids);
     }
     long long sum = 0;
-    for (Element* e : order)
+    for (Element* e : order) {
+        e->prepareSave(); // a record's size is known only once the element is ready to write
         sum += e->DataSize();
+    }
     out.writeValue(ELEMENTS_BLOCK);
     out.writeValue(unsigned(sum + 8));
     for (Element* e : order)

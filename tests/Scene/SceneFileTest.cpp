@@ -268,7 +268,11 @@ TEST_F(SceneFile, ObjectFilesKeepThePartOfARingThatIsSaved)
 TEST_F(SceneFile, SavingToDiskGoesByExtension)
 {
     QTemporaryDir dir;
-    add(root, Shared<Element>(test::ClosedCube().release()), true);
+    auto cube = test::ClosedCube();
+    cube->vertAdd({9, 9, 9}); // a record left inactive by an edit: compacted before writing
+    cube->verts.back().clear(MeshVert::ACTIVE);
+    cube->hasInactive = true;
+    add(root, Shared<Element>(cube.release()), true);
     std::string vsc = dir.filePath("a.VSC").toStdString();
     EXPECT_TRUE(scene->save(vsc));
     EXPECT_TRUE(scene->save(dir.filePath("b.obj").toStdString()));
@@ -276,7 +280,8 @@ TEST_F(SceneFile, SavingToDiskGoesByExtension)
     EXPECT_FALSE(scene->save(dir.filePath("missing/d.vsc").toStdString()));
     Scene other;
     EXPECT_TRUE(other.load(vsc));
-    EXPECT_EQ(other.root->children.size(), 1u);
+    ASSERT_EQ(other.root->children.size(), 1u);
+    EXPECT_EQ(static_cast<Mesh*>(other.root->children[0]->element.get())->verts.size(), 8u);
     gDeleteLoadBuffers();
     Tool* obj = Scene::loadTool(dir.filePath("b.obj").toStdString());
     ASSERT_TRUE(obj && obj->element);
@@ -512,6 +517,8 @@ TEST_F(SceneFile, CorruptFieldsAreRefusedWithAMessage)
         {"unknown element tag", patched(elementBlock + 8, 0xE0000077u), false, "Load element error: 3758096503"},
         {"block past the end", patched(bytes.size() - 26 + 4, 0x7FFFFFF0u), false, "damaged"},
         {"record past the end", patched(elementBlock + 12, 0x7FFFFFF0u), true, "runs past the end"},
+        // Object record sizes may fall short: the fields tell where a record ends.
+        {"short object record", patched(firstRecord + 4, 100), true, "Loaded 3 objects and 1 elements"},
     };
     for (Case const& c : cases) {
         LogCapture log;

@@ -116,7 +116,9 @@ public:
     Mesh* ToMesh() override { return this; }
     // The mesh programs are chosen by the buffer classes; until they slot in, none.
     Shader* renderShader(TRenderState const& state) const override;
-    // File fields: see MeshData.cpp. DataWrite writes the block id and DataSize() first.
+    // File fields: see MeshData.cpp. DataWrite writes the block id and DataSize() first;
+    // prepareSave compacts, since only active records are written.
+    void prepareSave() override { removeInactive(false); }
     int DataSize() const override;
     void DataWrite(OFile& out, unsigned blockId) const;
     void DataWrite(OFile& out) const { DataWrite(out, BlockId()); }
