@@ -3,6 +3,8 @@
 #include "Scene/IFile.h"
 #include "Scene/OFile.h"
 
+#include <algorithm>
+
 namespace vel {
 
 std::vector<std::string> const ObjectShader::Titles = {
@@ -35,11 +37,11 @@ bool readList(IFile& in, std::vector<int>& list)
 
 int ObjectShader::DataSize() const
 {
-    int size = 4 + 4 + 1 + 4 + 4 * int(vIncludes.size()) + 4 + 4 * int(fIncludes.size()) + 4;
-    for (std::string const& title : Titles) {
-        auto found = code.find(title);
-        size += 4 + (found == code.end() ? 0 : int(found->second.size()));
-    }
+    int size = 4 + 4 + 1 + 4 + 4 * int(vIncludes.size()) + 4 + 4 * int(fIncludes.size()) + 4 + 4 * int(Titles.size());
+    // Most objects have no code: a scene of many tools should not search for it by title.
+    for (auto const& [title, text] : code)
+        if (std::find(Titles.begin(), Titles.end(), title) != Titles.end())
+            size += int(text.size());
     return size;
 }
 
@@ -48,7 +50,7 @@ void ObjectShader::DataWrite(OFile& out) const
     out.writeValue(FORMAT);
     out.writeValue(int(0)); // program keys: none are kept yet
     for (std::string const& title : Titles) {
-        auto found = code.find(title);
+        auto found = code.empty() ? code.end() : code.find(title);
         out.writeString(found == code.end() ? std::string() : found->second);
     }
     out.writeValue(active);

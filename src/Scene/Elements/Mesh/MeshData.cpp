@@ -15,8 +15,9 @@
 #include "Scene/SceneFile.h"
 
 #include <cmath>
+#include <algorithm>
 #include <cstring>
-#include <memory>
+#include <vector>
 
 namespace vel {
 
@@ -52,28 +53,30 @@ namespace {
 // cost more than the copying itself.
 class Packer {
 public:
-    explicit Packer(OFile& out)
+    // At most 64 KiB, and no more than the record needs: scenes hold many small meshes.
+    Packer(OFile& out, std::size_t bytes)
         : out(out)
+        , buffer(std::min<std::size_t>(bytes, 1 << 16))
     {
     }
     ~Packer() { flush(); }
     template <class T>
     void put(T const& value)
     {
-        if (used + sizeof(T) > sizeof buffer)
+        if (used + sizeof(T) > buffer.size())
             flush();
-        std::memcpy(buffer + used, &value, sizeof(T));
+        std::memcpy(buffer.data() + used, &value, sizeof(T));
         used += sizeof(T);
     }
     void flush()
     {
-        out.write(buffer, std::streamsize(used));
+        out.write(buffer.data(), std::streamsize(used));
         used = 0;
     }
 
 private:
     OFile& out;
-    char buffer[1 << 16];
+    std::vector<char> buffer;
     std::size_t used = 0;
 };
 
@@ -82,8 +85,7 @@ private:
 void Mesh::DataWrite(OFile& out, unsigned blockId) const
 {
     VEL_ASSERT_MSG(!hasInactive, "a mesh is compacted before it is written");
-    auto packer = std::make_unique<Packer>(out);
-    Packer& p = *packer;
+    Packer p(out, std::size_t(DataSize()));
     p.put(blockId);
     p.put(unsigned(DataSize()));
     p.put(center);
