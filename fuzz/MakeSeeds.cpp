@@ -1,12 +1,16 @@
 // Writes the starting inputs of every fuzz target, made by the system's own writers, into
 // <folder>/<target>/: OBJ exports and mesh records of the shape factories, stream scripts,
-// shipped shaders, and small images of each kind.
+// shipped shaders, small images of each kind, and scene and object files.
 #include "Math/Matrix34.h"
 #include "mainwindow/ConfigFile.h"
 #include "OpenGL/ShaderManager.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/OFile.h"
 #include "Scene/Tools/SDFTool/SDFObj.h"
+#include "Scene/Root.h"
+#include "Scene/Scene.h"
+#include "Scene/SceneHistory.h"
+#include "Scene/Tool.h"
 #include "TestImages.h" // the GIF and HDR writers of the texture tests
 
 #include <QDir>
@@ -132,6 +136,37 @@ void Configs()
          "<RecentFiles><File1 path=\"a.vsc\"/><File3 path=\"b.vsc\"/></RecentFiles></Tessaron>\n");
 }
 
+// Scenes by the writer: an empty one; a group over two linked boxes, with a tool box tool;
+// and an object file of one box alone.
+void Scenes()
+{
+    History::Pause pause; // nothing here is a step of the history
+    Scene scene;
+    OFile empty;
+    scene.saveN(empty);
+    Seed("scene", "empty.vsc", empty.bytes());
+
+    Shared<Element> box(Mesh::Box().release());
+    auto* group = new Tool;
+    group->Parent = scene.root;
+    scene.root->children.push_back(group);
+    std::vector<Tool*> boxes;
+    for (double x : {-1.0, 1.0}) {
+        boxes.push_back(new Tool(box, Matrix34<double>::Translation({x, 0, 0})));
+        group->addChild(boxes.back());
+    }
+    boxes[0]->link(boxes[1]);
+    Tool boxed(box);
+    Scene::UITools = {{Matrix34<double>::Scale(2), 0x10000004, &boxed}};
+    OFile full;
+    scene.saveN(full);
+    Scene::UITools.clear();
+    Seed("scene", "group.vsc", full.bytes());
+    OFile object;
+    scene.saveNO({boxes[1]}, object);
+    Seed("scene", "box.vob", object.bytes());
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -150,5 +185,6 @@ int main(int argc, char** argv)
     Shaders();
     Images();
     Configs();
+    Scenes();
     return 0;
 }

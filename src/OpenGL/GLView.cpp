@@ -6,6 +6,13 @@
 #include "OpenGL/Rendering.h"
 #include "Scene/Element.h"
 
+#include "Core/Communicate.h"
+#include "OpenGL/FileDialogs.h"
+#include "Scene/Root.h"
+#include "Scene/Scene.h"
+#include "Scene/Tool.h"
+#include "mainwindow/ConfigFile.h"
+
 #include <glad/gl.h>
 
 namespace vel {
@@ -93,6 +100,29 @@ void GLView::leaveEvent()
 void GLView::turn(double angle)
 {
     rotation = rotation * Matrix3<double>::Rotation(0.0, angle, 0.0);
+}
+
+// The selected objects by themselves, in an object file or OBJ: the topmost selected tools,
+// each with its subtree.
+void GLView::quickSave()
+{
+    std::vector<Tool*> selected, pending(Scene::instance().root->children.rbegin(), Scene::instance().root->children.rend());
+    while (!pending.empty()) {
+        Tool* t = pending.back();
+        pending.pop_back();
+        if (t->flags & Tool::FLAG_SELECTED)
+            selected.push_back(t);
+        else
+            pending.insert(pending.end(), t->children.rbegin(), t->children.rend());
+    }
+    if (selected.empty())
+        return;
+    QString path = AskSaveFileName(nullptr, "Save Object", OPEN_OBJECT_PATH,
+                                   "All (*.vob *.obj);;Object (*.vob);;Meshes (*.obj)", "vob");
+    if (path.isEmpty())
+        return;
+    if (!Scene::instance().save(selected, path.toStdString()))
+        LogInfo(QString("Cannot save '%1': the file could not be written; the old file is unchanged.").arg(path), 2);
 }
 
 } // namespace vel

@@ -58,6 +58,8 @@ public:
     bool idle() const { return state == 0 && !drag && !captured; }
     // The camera turned by `angle` radians about the vertical.
     void turn(double angle);
+    // Asks for a file and saves the selected objects alone (.vob, or .obj).
+    void quickSave();
 };
 
 extern GLView* main_view;

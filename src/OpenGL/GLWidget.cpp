@@ -142,6 +142,14 @@ GLWidget::GLWidget(QWidget* parent)
     connect(&hub, &Communicate::tool_material, this, &GLWidget::openToolBoxMaterial);
     connect(&hub, &Communicate::reset_ui, this, &GLWidget::reset_ui);
     connect(&hub, &Communicate::BlockAllActions, &hub, &vel::BlockAllActions, Qt::DirectConnection);
+    // Loads report from their worker: these arrive queued.
+    connect(&hub, &Communicate::beginProgress, this, [](QString const& title, int steps) {
+        UI& ui = UI::instance();
+        ui.progressTitle = title;
+        ui.progressSteps = steps;
+        ui.progressStep = 0;
+    });
+    connect(&hub, &Communicate::setProgress, this, [](int step) { UI::instance().progressStep = step; });
     connect(
         &hub, &Communicate::turntable, &hub, [](bool on) { main_view->turntable = on; }, Qt::DirectConnection);
 }
@@ -623,6 +631,18 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
         if (ctrl && view->idle())
             uiBase_start = 0;
         break;
+    case Qt::Key_O:
+        if (ctrl && view->idle())
+            emit Communicate::instance().OpenScene();
+        break;
+    case Qt::Key_S:
+        if (ctrl && view->idle()) {
+            if (shift)
+                emit Communicate::instance().SaveAsScene();
+            else
+                emit Communicate::instance().SaveScene();
+        }
+        break;
     case Qt::Key_B:
         if (!ctrl && !shift && view->idle())
             Rendering::instance().showBoundingBoxes = !Rendering::instance().showBoundingBoxes;
@@ -749,7 +769,10 @@ void GLWidget::writeReport(char const* event)
             << "scale=" << ScaleFactor << "\n"
             << "mouse=" << mouse.x << "," << mouse.y << "\n"
             << "uifb=" << uiFramebuffer->width << "x" << uiFramebuffer->height << "\n"
-            << "uiscale=" << uiScale << " auto=" << useAutoScale << "\n";
+            << "uiscale=" << uiScale << " auto=" << useAutoScale << "\n"
+            << "objects=" << Scene::instance().root->children.size() << "\n"
+            << "file=" << window()->windowFilePath().toStdString() << "\n"
+            << "blocked=" << gAllActionsBlocked << "\n";
         for (int i = 0; i < 3 && i < lines.size(); ++i)
             out << "log" << i << "=" << lines[i].toStdString() << "\n";
     }

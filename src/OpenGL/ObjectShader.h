@@ -11,6 +11,9 @@
 
 namespace vel {
 
+class IFile;
+class OFile;
+
 class ObjectShader {
 public:
     // The five fragment titles, in the order of the editor and the files.
@@ -32,6 +35,16 @@ public:
     ObjectShader(ObjectShader const&) = default;
     ObjectShader& operator=(ObjectShader const&) = default;
     virtual ~ObjectShader();
+
+    // The part of a tool's file record (after the tool's own fields): int format (1); int
+    // count and that many program keys (none are kept yet); the five fragments by Titles,
+    // each a string; bool active; the vertex, then the fragment include list, each an int
+    // count and ints; int count of sampler references, each an int unit and a path string.
+    // DataSize is exact.
+    int DataSize() const;
+    void DataWrite(OFile& out) const;
+    // False on a record that cannot be this data (the stream is then somewhere inside it).
+    bool DataRead(IFile& in);
 };
 
 } // namespace vel

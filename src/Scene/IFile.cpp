@@ -1,75 +1,83 @@
 #include "Scene/IFile.h"
 
-#include <QBuffer>
 #include <QFile>
 
 namespace vel {
 
 IFile::IFile(QString const& path)
-    : device(std::make_unique<QFile>(path))
+    : file(std::make_unique<QFile>(path))
 {
-    device->open(QIODevice::ReadOnly);
+    if (!file->open(QIODevice::ReadOnly))
+        return;
+    open = true;
+    length = file->size();
+    if (length == 0)
+        return;
+    // Compressed resources and special files cannot be mapped: those are read whole.
+    if (uchar* mapped = file->map(0, length)) {
+        bytes = reinterpret_cast<char const*>(mapped);
+        return;
+    }
+    owned = file->readAll();
+    bytes = owned.constData();
+    length = owned.size();
 }
 
-IFile::IFile(QByteArray const& bytes)
+IFile::IFile(QByteArray const& data)
+    : owned(data)
+    , bytes(owned.constData())
+    , length(owned.size())
+    , open(true)
 {
-    auto buffer = std::make_unique<QBuffer>();
-    buffer->setData(bytes);
-    buffer->open(QIODevice::ReadOnly);
-    device = std::move(buffer);
 }
 
 IFile::~IFile() = default;
 
-bool IFile::isOpen() const
+int IFile::readRawData(char* data, int count)
 {
-    return device->isOpen();
-}
-
-bool IFile::atEnd() const
-{
-    return !device->isOpen() || device->atEnd();
-}
-
-long long IFile::pos() const
-{
-    return device->pos();
-}
-
-long long IFile::size() const
-{
-    return device->size();
-}
-
-int IFile::readRawData(char* data, int length)
-{
-    if (!device->isOpen() || length < 0)
+    if (!open || count < 0)
         return -1;
-    return int(device->read(data, length));
+    long long n = count < left() ? count : left();
+    if (n > 0)
+        std::memcpy(data, bytes + position, std::size_t(n));
+    position += n;
+    return int(n);
 }
 
-bool IFile::skipRawData(long long length)
+bool IFile::skipRawData(long long count)
 {
     // Compared as what is left, so that a length near the largest value cannot overflow.
-    if (!device->isOpen() || length < 0 || length > size() - pos())
+    if (!open || count < 0 || count > left())
         return false;
-    return device->seek(pos() + length);
+    position += count;
+    return true;
 }
 
-bool IFile::seek(long long position)
+bool IFile::seek(long long to)
 {
-    if (!device->isOpen() || position < 0 || position > size())
+    if (!open || to < 0 || to > length)
         return false;
-    return device->seek(position);
+    position = to;
+    return true;
+}
+
+char const* IFile::take(long long count)
+{
+    if (!open || count < 0 || count > left())
+        return nullptr;
+    char const* at = bytes + position;
+    position += count;
+    return at;
 }
 
 bool IFile::readString(std::string& text, int maxLength)
 {
-    int length = 0;
-    if (!readValue(length) || length < 0 || length > maxLength || pos() + length > size())
+    int count = 0;
+    if (!readValue(count) || count < 0 || count > maxLength || count > left())
         return false;
-    text.resize(size_t(length));
-    return length == 0 || readRawData(text.data(), length) == length;
+    text.assign(bytes + position, std::size_t(count));
+    position += count;
+    return true;
 }
 
 } // namespace vel

@@ -23,11 +23,15 @@ public:
     // The bytes written so far, for an in-memory stream.
     std::string bytes() const { return memory.str(); }
 
+    // Straight to the buffer: a file is written in millions of small values, and the
+    // stream's per-call guard cost more than the copy.
     template <class T>
     void writeValue(T const& value)
     {
         static_assert(std::is_trivially_copyable<T>::value, "raw copies only");
-        write(reinterpret_cast<char const*>(&value), sizeof(T));
+        std::streambuf* buffer = rdbuf();
+        if (!buffer || buffer->sputn(reinterpret_cast<char const*>(&value), sizeof(T)) != std::streamsize(sizeof(T)))
+            setstate(std::ios::badbit);
     }
     void writeString(std::string const& text);
 

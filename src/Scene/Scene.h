@@ -14,6 +14,7 @@
 // - selection
 // - adding objects
 // - merging, fitting, saving, time, OBJ export
+// Index (SceneFile.cpp): scene and object files
 #pragma once
 
 #include "Math/AABB.h"
@@ -29,6 +30,8 @@
 
 namespace vel {
 
+class IFile;
+class OFile;
 class Root;
 class Tool;
 
@@ -132,6 +135,27 @@ public:
     // missing). Groups, bones and elements that do not convert are left out; an element
     // shown by several tools is converted once. False when the file cannot be written.
     bool saveOBJ(std::vector<Tool*> const& tools, std::string const& path, bool normals);
+
+    // ---- scene and object files (SceneFile.cpp) ----
+    // By the extension, in any case: ".vsc" the whole scene (saveN), ".obj" the root's tools
+    // as OBJ; the list form ".vob" the tools alone (saveNO), ".obj" those as OBJ. False for
+    // another extension or a stream that failed; nothing is logged here (the workflow does).
+    bool save(std::string const& path);
+    bool save(std::vector<Tool*> const& tools, std::string const& path);
+    bool saveN(std::string const& path);
+    bool saveNO(std::vector<Tool*> const& tools, std::string const& path);
+    // The same into any stream (memory for tests): UITools' tools, the root's children and
+    // every block; or `tools` and the elements they show.
+    void saveN(OFile& out);
+    void saveNO(std::vector<Tool*> const& tools, OFile& out);
+    // Reads a scene or object file into this scene's root and UITools (emptied first), with
+    // its messages in the log. False for an unsupported version, an unknown element kind or
+    // a damaged file; what was read before the damage stays as a consistent scene.
+    bool load(std::string const& path);
+    bool load(IFile& in);
+    // One object from a file that is not a scene: OBJ meshes (several under a group); null
+    // for anything else or a file that cannot be read. Owned by the caller.
+    static Tool* loadTool(std::string const& path);
 
 private:
     // The entry of id, redirected where the entry says so.

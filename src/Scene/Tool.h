@@ -43,7 +43,9 @@
 #include "Scene/Material.h"
 
 #include <deque>
+#include <memory>
 #include <set>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -245,6 +247,36 @@ public:
     // The item slot of the kinds that show another object; plain tools have none.
     virtual Tool* itemSlot() const;
     virtual void setItemSlot(Tool* item);
+
+    // ---- file record (ToolFile.cpp; the frame is Scene's) ----
+    // The file's numbers of what a record read refers to, until identify resolves them.
+    struct FileRefs {
+        std::vector<int> children;
+        int link = -1;    // negative: the tool itself
+        int element = -1; // negative: none
+        bool failed = false; // the record could not be read
+        bool topLevel = false; // the first record of a block: placed by the reader, nobody's child
+    };
+    std::unique_ptr<FileRefs> fileRefs; // only between reading and identify
+
+    // Reads a plain tool's record after its header; `fileRefs->failed` tells a damaged one.
+    Tool(IFile& in, int payload);
+    // Bytes of the record, header included.
+    virtual int DataSize() const;
+    // The fields after the header; `ids` numbers the elements of the file. A derived kind
+    // calls its base's Data first.
+    virtual void Data(OFile& out, std::unordered_map<Element*, int>& ids);
+    // Tag, DataSize, then Data.
+    virtual void DataWrite(OFile& out, std::unordered_map<Element*, int>& ids);
+    // Reads what Data wrote, in the layout of FILE_VERSION; `payload` is the record's size
+    // for plain tools and 175 for the other kinds. False on a record cut short or corrupt.
+    virtual bool DataRead(IFile& in, int payload);
+    virtual bool DataReadOld(IFile& in);
+    // Turns the numbers read into references: `tools` is the file's list of records,
+    // `elements` its element block. Broken references are dropped with a log line.
+    virtual void identify(std::vector<Tool*> const& tools, std::vector<Shared<Element>> const& elements);
+    // Saves this tool and its subtree alone: an object file (.vob) or OBJ by the extension.
+    bool save(std::string const& path);
 
     // ---- cloning: copies with their subtrees, links among copies kept ----
     Tool* cloneTool(bool withPivot);

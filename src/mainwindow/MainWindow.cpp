@@ -61,6 +61,18 @@ MainWindow::MainWindow(QWidget* parent)
     connect(&hub, &Communicate::ShowWindow, this, &MainWindow::ShowOpaque);
     connect(&hub, &Communicate::StartScene, this, &MainWindow::StartScene);
     connect(&hub, &Communicate::NewScene, this, &MainWindow::NewScene);
+    // File work waits for the event loop: dialogs and the question of an open must not run
+    // inside a frame or a key handler.
+    connect(&hub, &Communicate::OpenScene, this, &MainWindow::OpenScene, Qt::QueuedConnection);
+    connect(&hub, &Communicate::SaveScene, this, &MainWindow::SaveScene, Qt::QueuedConnection);
+    connect(&hub, &Communicate::SaveAsScene, this, &MainWindow::SaveAsScene, Qt::QueuedConnection);
+    connect(
+        &hub, &Communicate::OpenFile, this,
+        [this](std::string const& path, bool append) {
+            QTimer::singleShot(0, this, [this, path, append] { OpenFile(path, append); });
+        },
+        Qt::DirectConnection);
+    connect(&hub, &Communicate::DoneThread, this, &MainWindow::FinalizeThread, Qt::QueuedConnection);
     connect(
         &hub, &Communicate::trace_mode, this, [this](bool on) { setWindowOpacity(on ? 0.75 : 1.0); },
         Qt::DirectConnection);
@@ -74,7 +86,7 @@ MainWindow::~MainWindow()
 bool MainWindow::SceneIsEmpty() const
 {
     Root* root = Scene::instance().root;
-    return !root || root->children.empty();
+    return (!root || root->children.empty()) && toolBoxTools.empty();
 }
 
 void MainWindow::UpdateRecentFiles()
@@ -100,8 +112,8 @@ void MainWindow::StartScene(int item, bool ask)
     if (ask && !SceneIsEmpty() &&
         QMessageBox::question(this, "VELLUMBRA", "Unsaved information will be lost!\n\nContinue?") != QMessageBox::Yes)
         return;
+    ClearScene(true);
     Scene::instance().init(false);
-    History::instance().clear();
 }
 
 void MainWindow::NewScene()
@@ -139,6 +151,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
     History& history = History::instance();
     history.enabled = false;
     history.clear();
+    deleteToolBoxTools();
     Communicate::instance().disconnect();
     delete glWidget;
     glWidget = nullptr;

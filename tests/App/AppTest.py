@@ -11,6 +11,7 @@ import os
 import re
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -196,6 +197,18 @@ def scenario_keys(app):
     check(app.wait_exit() == 0, "the application did not end cleanly")
 
 
+def answer_close(app, answer):
+    """Asks the window to close and answers its question with the key `answer`."""
+    app.close()
+    end = time.time() + LIMIT
+    while len(app.windows()) < 2:
+        check(time.time() < end, "no question at close")
+        time.sleep(0.1)
+    box = app.windows()[-1]
+    app.xdo("windowfocus", "--sync", box)
+    app.xdo("key", "--clearmodifiers", answer)
+
+
 def scenario_close(app):
     """A scene that is not empty asks before closing; No keeps the program, Yes ends it with
     nothing of the scene left."""
@@ -204,14 +217,7 @@ def scenario_close(app):
     app.key("Escape")
     app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("popup") == "0")
     for answer in ("alt+n", "alt+y"):
-        app.close()
-        end = time.time() + LIMIT
-        while len(app.windows()) < 2:
-            check(time.time() < end, "no question at close")
-            time.sleep(0.1)
-        box = app.windows()[-1]
-        app.xdo("windowfocus", "--sync", box)
-        app.xdo("key", "--clearmodifiers", answer)
+        answer_close(app, answer)
         if answer == "alt+n":
             end = time.time() + LIMIT
             while len(app.windows()) > 1:
@@ -301,6 +307,83 @@ def scenario_broken(app):
               "%s: log not newest first: %r" % (name, lines))
         warned = lines[2].startswith("[w] vellumbra.xml cannot be read")
         check(warned == (text is not None), "%s: log %r" % (name, lines))
+
+
+def answer_dialogs(app, path):
+    """The next file dialog answers `path` (see FileDialogs.h)."""
+    with open(app.env["VELLUMBRA_TEST_DIALOG"], "w") as f:
+        f.write(path + "\n")
+
+
+def close_answering_yes(app):
+    answer_close(app, "alt+y")
+    check(app.wait_exit() == 0, "the application did not end cleanly")
+
+
+def logged(state, text):
+    return any(text in state.get("log%d" % i, "") for i in range(3))
+
+
+def scenario_files(app):
+    """Save through the dialog flow; a save into a read-only folder keeps the old file and says
+    so; open through the dialog flow and through the recent list of the start window; a
+    failed open leaves the scene on screen with the reason in the log."""
+    app.env["VELLUMBRA_TEST_DIALOG"] = os.path.join(app.folder, "dialog.answer")
+    app.env["VELLUMBRA_TEST_SCENE"] = "1"
+    folder = os.path.join(app.folder, "scenes")
+    os.mkdir(folder)
+    scene = os.path.join(folder, "box.vsc")
+    answer_dialogs(app, scene)
+    app.start()
+    app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("popup") == "0")
+    app.key("ctrl+s")
+    app.wait_for("the scene saved", lambda s: s.get("file") == scene and logged(s, "Saved"))
+    check(os.path.getsize(scene) > 100, "the saved scene is %d bytes" % os.path.getsize(scene))
+
+    with open(scene, "ab") as f:
+        f.write(b"OLD")  # marks the old file
+    subprocess.run(["chattr", "+i", folder], check=True)
+    try:
+        app.key("ctrl+s")
+        app.wait_for("the failed save", lambda s: logged(s, "[e] Cannot save") and s.get("blocked") == "0")
+        with open(scene, "rb") as f:
+            check(f.read().endswith(b"OLD"), "a failed save changed the old file")
+        check(os.listdir(folder) == ["box.vsc"], "a failed save left %r" % os.listdir(folder))
+    finally:
+        subprocess.run(["chattr", "-i", folder], check=True)
+    with open(scene, "rb+") as f:
+        f.truncate(os.path.getsize(scene) - 3)
+    close_answering_yes(app)
+
+    del app.env["VELLUMBRA_TEST_SCENE"]
+    app.start()
+    app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("objects") == "0")
+    app.key("ctrl+o")
+    app.wait_for("the scene opened", lambda s: s.get("objects") == "1" and s.get("file") == scene)
+
+    broken = os.path.join(folder, "broken.vsc")
+    with open(broken, "wb") as f:
+        f.write(struct.pack("<4I", 0xFFFFAAAA, 20230711, 0x99999999, 0xFFFFFF))  # a block past the end
+    answer_dialogs(app, broken)
+    app.key("ctrl+o")
+    state = app.wait_for("the failed open", lambda s: logged(s, "Cannot open") and s.get("blocked") == "0")
+    check(state.get("objects") == "1" and state.get("file") == scene, "a failed open changed the scene: %r" % state)
+    close_answering_yes(app)
+
+    # The newest recent file is the first entry of the start window, below its title.
+    app.start()
+    app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    for y in range(360, 470, 6):
+        app.xdo("mousemove", "640", str(y), "click", "1")
+        time.sleep(0.3)
+        if app.report().get("objects") == "1":
+            break
+    app.wait_for("the recent scene opened", lambda s: s.get("objects") == "1" and s.get("file") == scene)
+    close_answering_yes(app)
 
 
 def main():

@@ -125,10 +125,25 @@ void UI::draw(Frame const& frame)
     if (showText)
         drawText();
     drawNavigation(frame.navigation);
+    drawProgress();
     drawStart();
     // The popups there are have seen the request by now.
     uiBase_close_popups = false;
     resetLayout = false;
+}
+
+void UI::drawProgress()
+{
+    if (progressSteps <= 0 || progressStep < 0 || progressStep >= progressSteps)
+        return;
+    ImGuiIO& io = ImGui::GetIO();
+    ImGui::SetNextWindowPos(ImVec2(io.DisplaySize.x * 0.5f, io.DisplaySize.y * 0.5f), ImGuiCond_Always,
+                            ImVec2(0.5f, 0.5f));
+    ImGui::SetNextWindowSize(ImVec2(300, 0), ImGuiCond_Always);
+    std::string title = progressTitle.toStdString() + "##progress";
+    if (ImGui::Begin(title.c_str(), nullptr, ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse))
+        ImGui::ProgressBar(float(progressStep) / float(progressSteps));
+    ImGui::End();
 }
 
 void UI::drawLog(QString const& log)

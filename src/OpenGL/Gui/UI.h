@@ -54,6 +54,10 @@ public:
     bool resetLayout = true;  // place every window at its default at the next frame
     std::vector<std::string> recent; // the "Recent Files" of the start window, newest first
     std::function<void(std::string const&)> openRecent; // what a recent entry does
+    // A long load or save: shown while 0 <= progressStep < progressSteps.
+    QString progressTitle;
+    int progressSteps = 0;
+    int progressStep = 0;
 
     void start();
     void shutdown();
@@ -77,6 +81,7 @@ public:
 private:
     UI() = default;
     void drawLog(QString const& log);
+    void drawProgress();
     void drawInfo(Frame const& frame);
     void drawText();
     void drawStart();

@@ -114,7 +114,9 @@ public:
     // Expands the faces (fans from each face's first corner) into the dirty buffers and
     // uploads them; a buffer that is clean is left alone.
     bool buildGPUData() override;
-    // File fields: see MeshData.cpp. DataWrite writes the block id and DataSize() first.
+    // File fields: see MeshData.cpp. DataWrite writes the block id and DataSize() first;
+    // prepareSave compacts, since only active records are written.
+    void prepareSave() override { removeInactive(false); }
     int DataSize() const override;
     void DataWrite(OFile& out, unsigned blockId) const;
     void DataWrite(OFile& out) const { DataWrite(out, BlockId()); }
@@ -124,6 +126,8 @@ public:
     // a scene calls this form: it needs the version and the verdict, which the element slot
     // below, a void of one argument, cannot carry.
     bool DataRead(IFile& in, int version);
+    // Records before 20180605.
+    bool DataReadOld(IFile& in, int version);
     // The element slot: the current layout, verdict in `invalid`.
     void DataRead(IFile& in) override;
 
@@ -352,6 +356,8 @@ public:
     Vector3<float> PointSculptSmooth(int v) const override;
 
 private:
+    // The fields of a record in the layout of `version` (DataRead and DataReadOld).
+    bool readRecord(IFile& in, int version);
     // buildConnectivity; with `sharpFromNormals`, buildSharpness runs once pairs are known, so
     // the vertex flags are derived only once.
     bool buildConnectivity(bool sharpFromNormals);

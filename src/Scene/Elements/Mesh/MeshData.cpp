@@ -12,8 +12,12 @@
 #include "Math/PackedVectors.h"
 #include "Scene/IFile.h"
 #include "Scene/OFile.h"
+#include "Scene/SceneFile.h"
 
 #include <cmath>
+#include <algorithm>
+#include <cstring>
+#include <vector>
 
 namespace vel {
 
@@ -21,7 +25,7 @@ namespace {
 
 constexpr int VERSION_DATA_TYPE = 20200406; // the data type byte exists from here on
 constexpr int VERSION_PBR16 = 20211202;     // materials are 16-byte Pbr from here on
-constexpr int VERSION_OLDEST = 20180605;    // older layouts are not read
+constexpr int VERSION_READ_OLD = 20180605;  // before: DataReadOld
 
 int edgeRecordSize(int dataType)
 {
@@ -43,29 +47,65 @@ int Mesh::DataSize() const
     return 33 + 13 * int(verts.size()) + edgeRecordSize(dataType) * int(edges.size());
 }
 
+namespace {
+
+// Fields go through a local buffer: one stream call per 64 KiB, not one per field, which
+// cost more than the copying itself.
+class Packer {
+public:
+    // At most 64 KiB, and no more than the record needs: scenes hold many small meshes.
+    Packer(OFile& out, std::size_t bytes)
+        : out(out)
+        , buffer(std::min<std::size_t>(bytes, 1 << 16))
+    {
+    }
+    ~Packer() { flush(); }
+    template <class T>
+    void put(T const& value)
+    {
+        if (used + sizeof(T) > buffer.size())
+            flush();
+        std::memcpy(buffer.data() + used, &value, sizeof(T));
+        used += sizeof(T);
+    }
+    void flush()
+    {
+        out.write(buffer.data(), std::streamsize(used));
+        used = 0;
+    }
+
+private:
+    OFile& out;
+    std::vector<char> buffer;
+    std::size_t used = 0;
+};
+
+} // namespace
+
 void Mesh::DataWrite(OFile& out, unsigned blockId) const
 {
     VEL_ASSERT_MSG(!hasInactive, "a mesh is compacted before it is written");
-    out.writeValue(blockId);
-    out.writeValue(unsigned(DataSize()));
-    out.writeValue(center);
-    out.writeValue(scale);
-    out.writeValue(uint8_t(dataType));
-    out.writeValue(int(verts.size()));
+    Packer p(out, std::size_t(DataSize()));
+    p.put(blockId);
+    p.put(unsigned(DataSize()));
+    p.put(center);
+    p.put(scale);
+    p.put(uint8_t(dataType));
+    p.put(int(verts.size()));
     for (std::size_t v = 0; v < verts.size(); ++v) {
-        out.writeValue(verts[v].position);
-        out.writeValue(uint8_t(verts[v].flags & 31u));
+        p.put(verts[v].position);
+        p.put(uint8_t(verts[v].flags & 31u));
     }
-    out.writeValue(int(edges.size()));
+    p.put(int(edges.size()));
     for (std::size_t i = 0; i < edges.size(); ++i) {
         MeshEdge const& e = edges[i];
-        out.writeValue(e.v[1]);
-        out.writeValue(e.e[0]);
-        out.writeValue(uint8_t(e.flags & 31u));
+        p.put(e.v[1]);
+        p.put(e.e[0]);
+        p.put(uint8_t(e.flags & 31u));
         if (dataType == 1)
-            out.writeValue(materials[i]);
+            p.put(materials[i]);
         if (dataType == 2)
-            out.writeValue(uvs[i]);
+            p.put(uvs[i]);
     }
 }
 
@@ -81,10 +121,23 @@ void Mesh::DataRead(IFile& in)
 
 bool Mesh::DataRead(IFile& in, int version)
 {
+    if (version < VERSION_READ_OLD)
+        return DataReadOld(in, version);
+    return readRecord(in, version);
+}
+
+// Records before 20180605 have the layout of those up to 20200406 (no data type byte,
+// 1-byte vertex flags, corner materials of 20 bytes, a trailing list to skip): the fields of
+// that generation are all the format tells of them.
+bool Mesh::DataReadOld(IFile& in, int version)
+{
+    return readRecord(in, version < VERSION_DATA_TYPE ? version : VERSION_DATA_TYPE - 1);
+}
+
+bool Mesh::readRecord(IFile& in, int version)
+{
     clear();
     invalid = false;
-    if (version < VERSION_OLDEST)
-        return fail(*this, QString("mesh records of version %1 are not supported.").arg(version));
     bool old = version < VERSION_DATA_TYPE;
     uint8_t type = 1;
     if (!in.readValue(center) || !in.readValue(scale) || (!old && !in.readValue(type)))
@@ -108,8 +161,8 @@ bool Mesh::DataRead(IFile& in, int version)
         verts.push_back(MeshVert(p, -1, stored | MeshVert::ACTIVE));
     }
 
-    int oldMaterialSize = version < VERSION_PBR16 ? 20 : 16;
-    int recordSize = old ? 9 + oldMaterialSize : edgeRecordSize(dataType);
+    int materialSize = version < VERSION_PBR16 ? 20 : 16;
+    int recordSize = old ? 9 + materialSize : edgeRecordSize(dataType) + (dataType == 1 ? materialSize - 16 : 0);
     int ne = 0;
     if (!in.readValue(ne) || ne < 0 || ne > INDEX_MAX || (long long)ne * recordSize > left())
         return fail(*this, "the half-edge count does not fit the record.");
@@ -125,13 +178,8 @@ bool Mesh::DataRead(IFile& in, int version)
         Pbr material;
         uint32_t uv = 0;
         bool ok = true;
-        if (old && oldMaterialSize == 20) {
-            wvec4 color, light;
-            short metal = 0, rough = 0;
-            ok = in.readValue(color) && in.readValue(light) && in.readValue(metal) && in.readValue(rough);
-            material = Pbr(color, light, rough, metal);
-        } else if (old || dataType == 1) {
-            ok = in.readValue(material);
+        if (old || dataType == 1) {
+            ok = ReadFilePbr(in, version, material);
         } else if (dataType == 2) {
             ok = in.readValue(uv);
         }

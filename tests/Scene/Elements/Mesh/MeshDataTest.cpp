@@ -128,24 +128,43 @@ std::string OldRecord(Mesh const& m, bool pbr16)
 TEST(MeshData, OlderVersionsReadTheirLayout)
 {
     auto box = Mesh::Box(1);
-    Mesh back;
-    ASSERT_TRUE(Read(back, OldRecord(*box, false), 20190212, 0));
-    ASSERT_MESH_VALID(back);
-    EXPECT_TRUE(back.hasPbr());
-    EXPECT_EQ(test::SharpEdgeCount(back), 12);
-    EXPECT_EQ(back.faces.size(), 6u);
-    EXPECT_EQ(back.materials[0].color(0), 8191);
-    EXPECT_EQ(back.materials[0].color(1), 0);
-    EXPECT_EQ(back.materials[0].color(2), 4096);
-    EXPECT_EQ(back.materials[0].rough(), 0);
-    for (std::size_t v = 0; v < back.verts.size(); ++v)
-        EXPECT_TRUE(back.verts[v].is(MeshVert::ANCHOR));
+    // 20180402 goes through DataReadOld, whose records have the same fields.
+    for (int version : {20190212, 20180402}) {
+        Mesh back;
+        ASSERT_TRUE(Read(back, OldRecord(*box, false), version, 0)) << version;
+        ASSERT_MESH_VALID(back);
+        EXPECT_TRUE(back.hasPbr());
+        EXPECT_EQ(test::SharpEdgeCount(back), 12);
+        EXPECT_EQ(back.faces.size(), 6u);
+        EXPECT_EQ(back.materials[0].color(0), 8191);
+        EXPECT_EQ(back.materials[0].color(1), 0);
+        EXPECT_EQ(back.materials[0].color(2), 4096);
+        EXPECT_EQ(back.materials[0].rough(), 0);
+        for (std::size_t v = 0; v < back.verts.size(); ++v)
+            EXPECT_TRUE(back.verts[v].is(MeshVert::ANCHOR));
+    }
 
-    LogCapture log;
-    Mesh older;
-    EXPECT_FALSE(Read(older, OldRecord(*box, false), 20180402, 0));
-    EXPECT_TRUE(older.empty());
-    EXPECT_TRUE(log.all().contains("Cannot read mesh: mesh records of version 20180402 are not supported."));
+    // With the data type byte but before 20211202, corner materials are 20 bytes.
+    auto m = test::ClosedOctahedron();
+    m->setDataType(1);
+    std::string current = Write(*m);
+    std::string old = current.substr(8, 12 + 4 + 1 + 4 + 13 * m->verts.size() + 4);
+    for (std::size_t i = 0; i < m->edges.size(); ++i) {
+        // v[1], e[0] and flags of the current record, then the 20-byte material.
+        std::size_t from = 8 + 12 + 4 + 1 + 4 + 13 * m->verts.size() + 4 + 25 * i;
+        old += current.substr(from, 9);
+        wvec4 color{65535, 0, 32768, 65535}, light{0, 0, 0, 0};
+        old.append(reinterpret_cast<char const*>(&color), 8);
+        old.append(reinterpret_cast<char const*>(&light), 8);
+        short metal = 0, rough = -32768;
+        old.append(reinterpret_cast<char const*>(&metal), 2);
+        old.append(reinterpret_cast<char const*>(&rough), 2);
+    }
+    Mesh back;
+    ASSERT_TRUE(Read(back, old, 20211111, 0));
+    ASSERT_MESH_VALID(back);
+    EXPECT_EQ(back.faces.size(), m->faces.size());
+    EXPECT_EQ(back.materials[5], Pbr(wvec4{65535, 0, 32768, 65535}, wvec4{0, 0, 0, 0}, -32768, 0));
 }
 
 TEST(MeshData, EveryTruncationIsRefusedWithAMessage)
