@@ -30,6 +30,7 @@
 #include "Scene/Scene.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
+#include "Scene/Tools/SDFTool/SDFTool.h"
 
 #include <QFileInfo>
 
@@ -418,8 +419,13 @@ Tool* readPlainTool(IFile& in, int payload)
 {
     return new Tool(in, payload);
 }
+Tool* readSDFTool(IFile& in, int payload)
+{
+    return new SDFTool(in, payload);
+}
 ToolKind const TOOL_KINDS[] = {
     {TOOL_DATA, true, &readPlainTool},
+    {SDFTool::TAG, false, &readSDFTool},
 };
 
 // What a load collects before references are resolved.
@@ -682,6 +688,9 @@ bool Scene::load(IFile& in)
             ++deleted;
         }
     }
+
+    // SDF trees of older files get their priorities renumbered; broken ones are repaired.
+    SDFTool::RepairLoaded(reachable, FILE_VERSION);
 
     std::set<Element*> used;
     std::vector<Element*> parts;

@@ -9,6 +9,7 @@
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/IFile.h"
 #include "Scene/OFile.h"
+#include "Scene/Tools/SDFTool/SDFTool.h"
 
 #include <QTemporaryDir>
 
@@ -215,6 +216,41 @@ TEST_F(SceneFile, ScenesRoundTripFieldByField)
     EXPECT_EQ(animation.keyframes[0], key);
     EXPECT_EQ(animation.current, 1);
     gDeleteLoadBuffers();
+}
+
+// SDF tools travel under their own tag, with their parameters after the base record, and the
+// tree they form comes back in the same order of evaluation.
+TEST_F(SceneFile, SdfTreesRoundTrip)
+{
+    SDFObj box;
+    box.shape = 1;
+    box.dims = {2, 3, 4};
+    box.falloff = 0.25f;
+    auto* top = new SDFTool(box, test::moveBy(1, 2, 3));
+    root->addChild(top);
+    SDFObj hole;
+    hole.operation = 2;
+    hole.priority = 1;
+    hole.R = 0.5f;
+    auto* cut = new SDFTool(hole);
+    top->addChild(cut);
+    std::string bytes = Save(*scene);
+
+    LogCapture log;
+    Loaded loaded(bytes);
+    ASSERT_TRUE(loaded.ok) << log.all().toStdString();
+    std::vector<Tool*> list = loaded.list();
+    ASSERT_EQ(list.size(), 2u);
+    for (std::size_t i = 0; i < 2; ++i) {
+        ASSERT_TRUE(list[i]->isSDF()) << i;
+        SDFObj const& expected = i == 0 ? top->sdf : cut->sdf;
+        auto* read = static_cast<SDFTool*>(list[i]);
+        EXPECT_EQ(read->sdf.difference(expected), -1) << i;
+        EXPECT_EQ(read->sdf.priority, expected.priority) << i;
+    }
+    EXPECT_EQ(list[0]->objectMatrix, top->objectMatrix);
+    EXPECT_EQ(list[1]->Parent, list[0]);
+    EXPECT_TRUE(static_cast<SDFTool*>(list[0])->validateTree().empty());
 }
 
 TEST_F(SceneFile, EmptySceneHasTheFrameOfTheFormat)

@@ -4,6 +4,9 @@
 #include "Core/Communicate.h"
 #include "Scene/Commands/CommandSDFSave.h"
 #include "Scene/Commands/CommandSDFSavePriorityGroup.h"
+#include "Scene/IFile.h"
+#include "Scene/OFile.h"
+#include "Scene/SceneFile.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tools/SDFTool/SDFRemoval.h"
 
@@ -69,6 +72,41 @@ SDFTool::SDFTool(SDFObj const& obj, Matrix34<double> const& object, Matrix34<dou
     , sdf(obj)
     , top(this)
 {
+}
+
+SDFTool::SDFTool(IFile& in, int payload)
+    : Tool(Unrecorded{})
+    , top(this)
+{
+    // Read here, not by the base constructor, so that the SDF reading is the one called.
+    if (!DataRead(in, payload)) {
+        if (!fileRefs)
+            fileRefs = std::make_unique<FileRefs>();
+        fileRefs->failed = true;
+    }
+}
+
+int SDFTool::DataSize() const
+{
+    return Tool::DataSize() + SDFDataSize();
+}
+
+void SDFTool::Data(OFile& out, std::unordered_map<Element*, int>& ids)
+{
+    Tool::Data(out, ids);
+    SDFDataWrite(out);
+}
+
+void SDFTool::DataWrite(OFile& out, std::unordered_map<Element*, int>& ids)
+{
+    out.writeValue(TAG);
+    out.writeValue(unsigned(DataSize()));
+    Data(out, ids);
+}
+
+bool SDFTool::DataRead(IFile& in, int payload)
+{
+    return Tool::DataRead(in, payload) && SDFDataRead(in, FILE_VERSION);
 }
 
 int SDFTool::ToolType() const

@@ -76,6 +76,10 @@ public:
     explicit SDFTool(SDFObj const& obj = SDFObj(), Matrix34<double> const& object = Matrix34<double>(),
                      Matrix34<double> const& pivot = Matrix34<double>(), Material const& material = Material());
 
+    // A record of a scene file (tag SDF_DATA): the base record, then the SDF fields. Like
+    // every loaded tool, it is not a step of the history.
+    SDFTool(IFile& in, int payload);
+
     int ToolType() const override;
     Tool* SimpleClone(bool asObject, Matrix34<double> const& object, Matrix34<double> const& pivot) override;
     // Listing: joins the parent's tree or starts its own, adds its entry to the top, then
@@ -126,6 +130,10 @@ public:
     // ---- file record ----
     // The SDF fields that follow Tool's base record under SDF_DATA.
     static int SDFDataSize() { return SDFObj::DataSize(); }
+    int DataSize() const override;
+    void Data(OFile& out, std::unordered_map<Element*, int>& ids) override;
+    void DataWrite(OFile& out, std::unordered_map<Element*, int>& ids) override;
+    bool DataRead(IFile& in, int payload) override;
     void SDFDataWrite(OFile& out) const;
     // Reads by version and repairs what is out of range, logging each repair. False when
     // the stream ended before the fields did (the tool keeps sound values either way).
