@@ -43,9 +43,15 @@ void GLCopy(Texture2D* source)
     GLFill();
 }
 
+void BindDrawBuffer(Texture2D* target)
+{
+    VEL_ASSERT_MSG(!target || target->attachment >= 0, "a filter's target must be attached to the bound framebuffer");
+    glDrawBuffer(GLenum(target ? target->attachment : GL_COLOR_ATTACHMENT0));
+}
+
 void GLSimpleFilter(Shader* shader, Texture2D* source, Texture2D* target)
 {
-    glDrawBuffer(GLenum(target ? target->attachment : GL_COLOR_ATTACHMENT0));
+    BindDrawBuffer(target);
     GLMachine m{shader, source};
     VEL_ASSERT(m.enable());
     Shader::setUniform("Image", source->activeTexture());

@@ -17,11 +17,14 @@ void GLInit();
 void GLFill();
 // One line: two vertices.
 void GLSegment();
-// `shader` over `source` into `target`'s attachment (GL_COLOR_ATTACHMENT0 when null); the
-// framebuffer must already be bound for drawing. The sampler is the uniform "Image".
 // `source` over the whole framebuffer bound for drawing, through the built-in "Copy"; the
 // blending in force applies.
 void GLCopy(Texture2D* source);
+// `shader` over `source` into `target`'s attachment (GL_COLOR_ATTACHMENT0 when null); the
+// framebuffer must already be bound for drawing. The sampler is the uniform "Image".
 void GLSimpleFilter(Shader* shader, Texture2D* source, Texture2D* target);
+// glDrawBuffer of `target`'s attachment, GL_COLOR_ATTACHMENT0 when null; the target must be
+// attached to a framebuffer.
+void BindDrawBuffer(Texture2D* target);
 
 } // namespace vel

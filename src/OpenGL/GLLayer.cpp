@@ -1,7 +1,7 @@
 #include "OpenGL/GLLayer.h"
 
 #include "Core/Assert.h"
-#include "OpenGL/GLFunctions.h"
+#include "OpenGL/GLFilters.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/Rendering.h"
 #include "Scene/ToolList.h"

@@ -2,6 +2,7 @@
 
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
+#include "OpenGL/GLFilters.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLMachine.h"
 #include "OpenGL/GLPrimitives.h"
@@ -30,7 +31,6 @@ namespace {
 constexpr double HIDE_CURSOR_AFTER = 0.5; // seconds without change
 constexpr double TURNTABLE_SPEED = 0.5;   // radians per second
 constexpr int SAVE_QUALITY = 90;
-constexpr float HIDDEN_HINTS = 0.25f;     // how much of a hint behind a surface shows
 constexpr int GRID_HALF = 20;             // grid lines on each side of an axis
 constexpr int BRUSH_SEGMENTS = 48;
 constexpr int BRUSH_SEGMENTS_LARGE = 96;  // for a circle wider than this many pixels
@@ -381,7 +381,10 @@ void GLView::renderHints()
     buildMatricesInViewport(true);
     VEL_ASSERT(HintsLayer->enableDraw());
     glViewport(0, 0, HintsLayer->width, HintsLayer->height);
-    static GLfloat const clear[4] = {0, 0, 0, 0};
+    // The merge below takes the nearer picture whole, so the hints fade towards the
+    // background rather than towards transparency.
+    Vector4<float> const bg = Rendering::instance().background;
+    GLfloat const clear[4] = {bg.x, bg.y, bg.z, 1.0f};
     glClearBufferfv(GL_COLOR, 0, clear);
     glDepthMask(GL_TRUE);
     glClearBufferfi(GL_DEPTH_STENCIL, 0, 1.0f, 0);
@@ -409,11 +412,11 @@ void GLView::renderHints()
     }
     glDisable(GL_BLEND);
     gl_Depth_Test.set(false);
-    // The merge: hints over the picture where they are in front, faintly where behind.
+    // The merge: per pixel the nearer of picture and hints; the picture wins ties, so that
+    // where neither drew the background stays.
     VEL_ASSERT(image->enableDraw());
     glViewport(0, 0, image->width, image->height);
-    GLMixDepth(current(), DepthStencil(), HintsLayer->color(0), HintsLayer->DepthStencil(), HIDDEN_HINTS,
-               image->texture());
+    GLMixDepth(current(), DepthStencil(), HintsLayer->color(0), HintsLayer->DepthStencil(), 0.0f, image->texture());
 }
 
 // ---------------------------------------------------------------------------------------------

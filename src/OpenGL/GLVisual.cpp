@@ -2,6 +2,9 @@
 
 #include "Core/Assert.h"
 #include "OpenGL/Camera.h"
+#include "OpenGL/Environment.h"
+#include "OpenGL/FBOTexture.h"
+#include "OpenGL/GLFilters.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLMachine.h"
 #include "OpenGL/GLState.h"
@@ -21,7 +24,6 @@ namespace vel {
 
 namespace {
 
-constexpr int MATCAP_SIZE = 64;
 constexpr float AMBIENT = 0.25f;           // light floor of the shaded styles
 constexpr float REFRACTION_PIXELS = 32.0f; // displacement of a unit normal at unit thickness
 Vector4<float> const COLOR_FRONT{0.8f, 0.8f, 0.8f, 1.0f};
@@ -50,26 +52,6 @@ void FullScreen(Shader* shader, Samplers textures, Uniforms&& uniforms)
     GLFill();
 }
 
-// A lit sphere seen from the front, for the matcap style: diffuse grey with a highlight.
-Shared<Texture2D> MakeMatCap()
-{
-    Shared<Texture2D> t(new Texture2D(MATCAP_SIZE, MATCAP_SIZE, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE));
-    std::vector<unsigned char> pixels(size_t(MATCAP_SIZE * MATCAP_SIZE * 4));
-    Vector3<float> const light = LightDirection();
-    for (int y = 0; y < MATCAP_SIZE; ++y)
-        for (int x = 0; x < MATCAP_SIZE; ++x) {
-            float nx = (x + 0.5f) / MATCAP_SIZE * 2 - 1, ny = (y + 0.5f) / MATCAP_SIZE * 2 - 1;
-            float nz = std::sqrt(std::max(0.0f, 1 - nx * nx - ny * ny));
-            float d = std::max(0.0f, nx * light.x + ny * light.y + nz * light.z);
-            float v = std::min(1.0f, 0.15f + 0.7f * d + 0.5f * std::pow(d, 24.0f));
-            unsigned char* p = &pixels[size_t((y * MATCAP_SIZE + x) * 4)];
-            p[0] = p[1] = p[2] = static_cast<unsigned char>(v * 255);
-            p[3] = 255;
-        }
-    t->copy(pixels.data(), int(pixels.size()));
-    return t;
-}
-
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -80,13 +62,10 @@ GLVisual::GLVisual(int width, int height)
     , Transparent(new GLComposit(width, height, false))
     , ShaderLayersFbo(new FBO(dsNone, width, height))
     , Blur0(new FBO(dsNone, std::max(1, width / BlurDivisor), std::max(1, height / BlurDivisor)))
-    , Blur1(new FBO(dsNone, std::max(1, width / BlurDivisor), std::max(1, height / BlurDivisor)))
-    , matCap(MakeMatCap())
 {
     ShaderLayersFbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
-    for (int i = 0; i < OpaquesMax; ++i)
+    for (int i = 0; i <= OpaquesMax; ++i)
         Blur0->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
-    Blur1->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
 }
 
 GLVisual::~GLVisual() = default;
@@ -97,7 +76,6 @@ bool GLVisual::resize(int w, int h)
     changed = ShaderLayersFbo->resize(w, h) || changed;
     changed = Transparent->resize(w, h) || changed;
     changed = Blur0->resize(std::max(1, w / BlurDivisor), std::max(1, h / BlurDivisor)) || changed;
-    changed = Blur1->resize(std::max(1, w / BlurDivisor), std::max(1, h / BlurDivisor)) || changed;
     return changed;
 }
 
@@ -288,14 +266,22 @@ void GLVisual::compositDepth(bool autoRange)
     // The range of the drawn depths, as eye distances; the whole depth range without it.
     float lo = zNear, hi = zFar;
     if (autoRange && contentFlags.any()) {
-        Vector2<float> range = GLMinMax(depth);
+        if (minMaxChain.empty() || minMaxChain.front()->width != std::max(1, this->width >> 1) ||
+            minMaxChain.front()->height != std::max(1, this->height >> 1))
+            minMaxChain = MinMaxChain(this->width, this->height);
+        std::deque<FBOTexture*> chain;
+        for (Shared<FBOTexture> const& t : minMaxChain)
+            chain.push_back(t.get());
+        Vector2<float> range = GLMinMax(depth, chain);
         auto eye = [&](float d) {
             if (r.cameraType == 1)
                 return zNear + d * (zFar - zNear);
             return 2 * zNear * zFar / (zFar + zNear - (2 * d - 1) * (zFar - zNear));
         };
-        lo = eye(range.x);
-        hi = eye(std::min(range.y, 1.0f));
+        if (range.x <= range.y) { // else nothing was drawn
+            lo = eye(range.x);
+            hi = eye(range.y);
+        }
     }
     beginPass();
     glDepthMask(GL_FALSE); // the depth texture is read while its framebuffer is bound
@@ -350,7 +336,9 @@ void GLVisual::compositShaded()
 void GLVisual::compositMatCap()
 {
     ShaderManager& sm = ShaderManager::instance();
-    Samplers const textures{{"Flags", Layers->Normal}, {"Normal", Layers->NormalNormalized}, {"iMatCap", matCap.get()}};
+    VEL_ASSERT(Rendering::instance().matcap && "the matcap style needs Rendering's resources");
+    Samplers const textures{
+        {"Flags", Layers->Normal}, {"Normal", Layers->NormalNormalized}, {"iMatCap", Rendering::instance().matcap.get()}};
     beginPass();
     for (Shader* shader : {sm.ShaderCompositMatCap, sm.ShaderCompositMatCapBackFace})
         FullScreen(shader, textures, [&] {
@@ -384,15 +372,26 @@ void GLVisual::compositPBR(GLComposit* target, bool opaque, float time)
 {
     Rendering const& r = Rendering::instance();
     ShaderManager& sm = ShaderManager::instance();
-    VEL_ASSERT(sky && sky->compile() && "the PBR style needs an environment");
-    VEL_ASSERT(brdfLUT && brdfLUT->compile() && "the PBR style needs the split-sum table");
+    TextureCube* cube = sky;
+    Texture* table = brdfLUT;
+    float levels = std::floor(std::log2(float(std::max(1, sky ? sky->width() : 1))));
+    if (!cube) {
+        Environment* environment = r.environment();
+        VEL_ASSERT(environment && environment->compile());
+        VEL_ASSERT(vel::Rendering::instance().environment()->Compiled);
+        cube = environment;
+        levels = float(environment->maxLevel());
+    }
+    if (!table) {
+        VEL_ASSERT(r.BRDF && r.BRDF->id() != 0);
+        VEL_ASSERT(vel::Rendering::instance().BRDF->Compiled);
+        table = r.BRDF.get();
+    }
     GLLayer* layer = target->Layers.get();
     // The environment turns with the light.
     Matrix3<float> rotation(Shader::NormalMatrixInv);
     if (r.RotateLight != 0)
         rotation = rotation * Matrix3<float>::Rotation(0.0, double(r.RotateLight) * time, 0.0);
-    // The coarsest mip level of the cube's faces.
-    float const levels = std::floor(std::log2(float(std::max(1, sky->width()))));
     target->beginPass();
     FullScreen(r.glow > 0 ? sm.ShaderCompositPBRGlow : sm.ShaderCompositPBR,
                {{"Flags", layer->Normal},
@@ -400,8 +399,8 @@ void GLVisual::compositPBR(GLComposit* target, bool opaque, float time)
                 {"Color", layer->ColorAlpha},
                 {"Material", layer->RoughMetal},
                 {"Light", layer->LightThick},
-                {"sky", sky},
-                {"brdfLUT", brdfLUT}},
+                {"sky", cube},
+                {"brdfLUT", table}},
                [&] {
                    Shader::setUniform("levels", levels);
                    Shader::setUniform("rotation", rotation);
@@ -425,15 +424,15 @@ void GLVisual::mixRefract()
     // Nothing transparent: the mix would give the opaque picture back.
     if (!Rendering::hasMaterials(Rendering::instance().style) || !hasTransparent())
         return;
-    // Each level is the last one blurred along x into Blur1, then along y into Blur0.
+    // Each level is the one before, copied down and blurred once more, in place.
     gl_Depth_Test.set(false);
     gl_Stencil_Test.set(false);
+    VEL_ASSERT(Blur0->enableDraw());
+    glViewport(0, 0, Blur0->width, Blur0->height);
+    Texture2D* scratch = Blur0->color(OpaquesMax);
     for (int level = 1; level <= OpaquesMax; ++level) {
-        VEL_ASSERT(Blur1->enableDraw());
-        glViewport(0, 0, Blur1->width, Blur1->height);
-        GLBlur(opaqueLevel(level - 1), Blur1->color(0), 0, false);
-        VEL_ASSERT(Blur0->enableDraw());
-        GLBlur(Blur1->color(0), Blur0->color(level - 1), 1, false);
+        GLCopy(opaqueLevel(level - 1), opaqueLevel(level));
+        GLBlur(opaqueLevel(level), scratch, 1, false);
     }
     Rendering const& r = Rendering::instance();
     ShaderManager& sm = ShaderManager::instance();

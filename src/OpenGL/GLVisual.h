@@ -13,11 +13,13 @@
 #include "OpenGL/GLComposit.h"
 
 #include <bitset>
+#include <deque>
 #include <memory>
 
 namespace vel {
 
 class Camera;
+class FBOTexture;
 class TextureCube;
 class ToolList;
 
@@ -25,7 +27,7 @@ class GLVisual : public GLComposit {
 public:
     // The opaque pictures mixRefract reads: the sharp one and this many blurred copies.
     static constexpr int OpaquesMax = 4;
-    // Blur0 and Blur1 are this fraction of the window: rough glass needs no more.
+    // Blur0 is this fraction of the window: rough glass needs no more.
     static constexpr int BlurDivisor = 2;
     // Flags of contentFlags: list n holds opaque (bit 2n) or transparent (bit 2n + 1) tools.
     static constexpr int LISTS = 2;
@@ -36,18 +38,20 @@ public:
     Shared<FBO> ShaderLayersFbo;    // the target of the shader layers (drawn by that subsystem)
     std::bitset<2 * LISTS> contentFlags; // this frame's lists, by renderObjects
     int objectCalls = 0;            // renderObjects calls this frame; the first LISTS set the flags
-    Shared<FBO> Blur0;              // the blurred levels of the opaque picture
-    Shared<FBO> Blur1;              // the scratch target between the two axes of a blur
-    TextureCube* sky = nullptr;     // the environment that style 7 lights with
-    Texture2D* brdfLUT = nullptr;   // its split-sum table
-    Shared<Texture2D> matCap;       // the material capture of style 5
+    // The blurred levels of the opaque picture (colour targets 0 to OpaquesMax - 1) and the
+    // scratch target of the blur (OpaquesMax), all of one size.
+    Shared<FBO> Blur0;
+    // The environment that style 7 lights with and its split-sum table; null: Rendering's.
+    TextureCube* sky = nullptr;
+    Texture2D* brdfLUT = nullptr;
+    std::deque<Shared<FBOTexture>> minMaxChain; // the reduction targets of the depth range
 
     GLVisual(int width, int height);
     ~GLVisual() override;
 
     // ---- size
     // Every target follows: this, Layers, ShaderLayersFbo, Transparent and its layer; the
-    // blur targets by their fraction.
+    // blur target by its fraction.
     bool resize(int width, int height) override;
 
     // ---- matrices
@@ -88,7 +92,7 @@ public:
     // The transparent composite over the opaque one, refracting the opaque picture from its
     // blurred levels. With no transparent content the picture stays as it is.
     void mixRefract();
-    // The blurred levels: OpaquesMax textures of Blur0.
+    // Level n of the opaque picture: 0 the picture itself, then the blurred ones of Blur0.
     Texture2D* opaqueLevel(int n) const;
 
 protected:

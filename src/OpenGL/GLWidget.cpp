@@ -11,6 +11,7 @@
 
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
+#include "OpenGL/Environment.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/GLView.h"
@@ -175,6 +176,10 @@ void GLWidget::initializeGL()
     glBindVertexArray(vertexArray);
     glDescription = std::string("OpenGL ") + reinterpret_cast<char const*>(glGetString(GL_VERSION)) + " on " +
                     reinterpret_cast<char const*>(glGetString(GL_RENDERER));
+    // Image-based light: the environment's levels are filtered on the GPU once, here.
+    vel::Rendering::instance().openResources();
+    VEL_ASSERT(vel::Rendering::instance().environment()->compile());
+    VEL_ASSERT(vel::Rendering::instance().BRDF->compile());
     UI::instance().start();
     for (std::size_t i = 0; i < std::size(UI_KEYS); ++i)
         ImGui::GetIO().KeyMap[UI_KEYS[i].imgui] = int(i) + 1;

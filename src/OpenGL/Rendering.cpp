@@ -1,8 +1,52 @@
 #include "OpenGL/Rendering.h"
 
 #include <cmath>
+#include "Core/Communicate.h"
+#include "OpenGL/Environment.h"
+#include "OpenGL/TextureManager.h"
 
 namespace vel {
+
+char const* const Rendering::DEFAULT_ENVIRONMENT = ":/PBR/Newport_Loft_Ref.hdr";
+char const* const Rendering::DEFAULT_BRDF = ":/PBR/ibl_brdf_lut.png";
+char const* const Rendering::DEFAULT_MATCAP = ":/Materials/MatCaps/RedClay.png";
+
+Rendering::Rendering() = default;
+Rendering::~Rendering() = default;
+
+// ---- image-based light
+
+Environment* Rendering::environment() const
+{
+    return static_cast<Environment*>(currentEnvironment.get());
+}
+
+bool Rendering::setEnvironment(std::string const& path)
+{
+    Shared<Texture> texture = TextureManager::instance().AddFile(path, GL_CLAMP_TO_EDGE, GL_LINEAR);
+    if (!texture || !dynamic_cast<Environment*>(texture.get())) {
+        LogInfo(QString("The environment '%1' cannot be read; the current one stays.").arg(QString::fromStdString(path)), 1);
+        return false;
+    }
+    currentEnvironment = texture;
+    return true;
+}
+
+void Rendering::openResources()
+{
+    TextureManager& textures = TextureManager::instance();
+    if (!currentEnvironment)
+        setEnvironment(DEFAULT_ENVIRONMENT);
+    BRDF = textures.AddFile(DEFAULT_BRDF, GL_CLAMP_TO_EDGE, GL_LINEAR);
+    matcap = textures.AddFile(DEFAULT_MATCAP, GL_CLAMP_TO_EDGE, GL_LINEAR);
+}
+
+void Rendering::closeResources()
+{
+    currentEnvironment = BRDF = matcap = Shared<Texture>();
+}
+
+// ---- styles
 
 bool Rendering::hasMaterials(int style)
 {

@@ -5,10 +5,16 @@
 
 #include "Math/Vector3.h"
 #include "Math/Vector4.h"
+#include "Memory/Shared.h"
 #include "Memory/Singleton.h"
 #include "Scene/Elements/TRenderState.h"
 
+#include <string>
+
 namespace vel {
+
+class Environment;
+class Texture;
 
 class Rendering : public Singleton<Rendering> {
 public:
@@ -79,7 +85,28 @@ public:
     // background is transparent.
     Vector4<float> clearColor() const;
 
-    Rendering() = default;
+    // ---- image-based light (textures from TextureManager; forward-declared, so that the scene
+    // model including this header sees no GL)
+    static char const* const DEFAULT_ENVIRONMENT; // ":/PBR/Newport_Loft_Ref.hdr"
+    static char const* const DEFAULT_BRDF;        // ":/PBR/ibl_brdf_lut.png"
+    static char const* const DEFAULT_MATCAP;      // ":/Materials/MatCaps/RedClay.png"
+    Shared<Texture> currentEnvironment; // an Environment; null until openResources
+    Shared<Texture> BRDF;               // split-sum table: NV on x, roughness on y; scale r, bias g
+    Shared<Texture> matcap;             // the default matcap
+    // The current environment cube, null before openResources.
+    Environment* environment() const;
+    // The environment of an ".hdr" file through TextureManager. A file that can't be read (or
+    // isn't an HDR panorama) is reported and leaves the current one in place: false.
+    bool setEnvironment(std::string const& path);
+    // Takes the default environment (unless one is set), table and matcap. No GL call: they
+    // compile on first use, or when GLWidget::initializeGL compiles them.
+    void openResources();
+    // Lets them go (call while the context is current).
+    void closeResources();
+    // ---- end of image-based light
+
+    Rendering();
+    ~Rendering() override;
 
     // Styles 6 and 7 draw materials, and only they have a transparent pass.
     static bool hasMaterials(int style);

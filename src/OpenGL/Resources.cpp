@@ -7,6 +7,7 @@ static void InitShaderResources()
 {
     Q_INIT_RESOURCE(shaders);
     Q_INIT_RESOURCE(app);
+    Q_INIT_RESOURCE(pbr);
 }
 
 namespace vel {

@@ -46,6 +46,36 @@ ShaderManager::ShaderManager()
     ShaderPoint = builtin(FromFile(Path("Point")));
     ShaderDrawCircle = builtin(FromFile(Path("Curve/DrawCircle")));
     ShaderDrawSegment = builtin(FromFile(Path("Curve/DrawSegment")));
+    // ---- the filter family (GLFilters) and the environment cube (Environment)
+    ShaderMirrorVertical = builtin(FromFile(Path("MirrorVertical")));
+    ShaderFilterClamp = builtin(FromFile(Path("Filters/FilterClamp")));
+    ShaderFilterMul = builtin(FromFile(Path("Filters/FilterMul")));
+    ShaderFilterMul2 = builtin(FromFile(Path("Filters/FilterMul"), "", "MUL2"));
+    ShaderFilterAdd = builtin(FromFile(Path("Filters/FilterAdd")));
+    ShaderFilterAddFactor = builtin(FromFile(Path("Filters/FilterAddFactor")));
+    ShaderFilterAdd2 = builtin(FromFile(Path("Filters/FilterAdd2")));
+    ShaderFilterAdd3 = builtin(FromFile(Path("Filters/FilterAdd3")));
+    ShaderFilterAdd4 = builtin(FromFile(Path("Filters/FilterAdd4")));
+    ShaderFilterAdd5 = builtin(FromFile(Path("Filters/FilterAdd5")));
+    ShaderFilterAddMipMaps = builtin(FromFile(Path("Filters/FilterAddMipMaps")));
+    ShaderFilterAdd2MipMaps = builtin(FromFile(Path("Filters/FilterAdd2MipMaps")));
+    ShaderFilterMix = builtin(FromFile(Path("Filters/FilterMix")));
+    ShaderFilterMixDepth = builtin(FromFile(Path("Filters/FilterMixDepth")));
+    ShaderFilterThreshold = builtin(FromFile(Path("Filters/FilterThreshold")));
+    ShaderFilterThresholdMul = builtin(FromFile(Path("Filters/FilterThresholdMul")));
+    ShaderFilterMedian = builtin(FromFile(Path("Filters/FilterMedian")));
+    ShaderFilterBlur = builtin(FromFile(Path("Filters/FilterBlur")));
+    ShaderFilterBlurSimple = builtin(FromFile(Path("Filters/FilterBlur"), "", "SIMPLE"));
+    ShaderFilterGaussianBlur = builtin(FromFile(Path("Filters/FilterGaussianBlur")));
+    ShaderNormalize = builtin(FromFile(Path("Normalize")));
+    ShaderNormals = builtin(FromFile(Path("Normals")));
+    ShaderNoise = builtin(FromFile(Path("Filters/Noise")));
+    ShaderFilterMinMax = builtin(FromFile(Path("Filters/FilterMinMax")));
+    ShaderFilterMinMaxDepthOnly = builtin(FromFile(Path("Filters/FilterMinMaxDepthOnly")));
+    ShaderSkyBox = builtin(FromFile(Path("SkyBox")));
+    ShaderCopySkyBox = builtin(FromFile(Path("CopySkyBox")));
+    ShaderFilterSkyBox = builtin(FromFile(Path("FilterSkyBox")));
+    // ---- end of the filter family and environment block
 }
 
 Shader* ShaderManager::builtin(Shared<Shader> const& shader)
@@ -156,6 +186,13 @@ void ShaderManager::clear()
 {
     catalogue.clear();
     ShaderCopy = ShaderCopyGreyMax = ShaderFillVec4 = nullptr;
+    // the filter family and environment block
+    ShaderMirrorVertical = ShaderFilterClamp = ShaderFilterMul = ShaderFilterMul2 = ShaderFilterAdd = nullptr;
+    ShaderFilterAddFactor = ShaderFilterAdd2 = ShaderFilterAdd3 = ShaderFilterAdd4 = ShaderFilterAdd5 = nullptr;
+    ShaderFilterAddMipMaps = ShaderFilterAdd2MipMaps = ShaderFilterMix = ShaderFilterMixDepth = nullptr;
+    ShaderFilterThreshold = ShaderFilterThresholdMul = ShaderFilterMedian = ShaderFilterBlur = nullptr;
+    ShaderFilterBlurSimple = ShaderFilterGaussianBlur = ShaderNormalize = ShaderNormals = ShaderNoise = nullptr;
+    ShaderFilterMinMax = ShaderFilterMinMaxDepthOnly = ShaderSkyBox = ShaderCopySkyBox = ShaderFilterSkyBox = nullptr;
     shaders.clear();
 }
 

@@ -59,6 +59,36 @@ public:
     Shader* ShaderPoint = nullptr;                 // a square of pixels around a point
     Shader* ShaderDrawCircle = nullptr;            // "Curve/DrawCircle": a line loop
     Shader* ShaderDrawSegment = nullptr;           // "Curve/DrawSegment": instanced parallel lines
+    // ---- the filter family (GLFilters) and the environment cube (Environment)
+    Shader* ShaderMirrorVertical = nullptr;
+    Shader* ShaderFilterClamp = nullptr;
+    Shader* ShaderFilterMul = nullptr;
+    Shader* ShaderFilterMul2 = nullptr; // FilterMul with MUL2: the product of two textures
+    Shader* ShaderFilterAdd = nullptr;
+    Shader* ShaderFilterAddFactor = nullptr;
+    Shader* ShaderFilterAdd2 = nullptr;
+    Shader* ShaderFilterAdd3 = nullptr;
+    Shader* ShaderFilterAdd4 = nullptr;
+    Shader* ShaderFilterAdd5 = nullptr;
+    Shader* ShaderFilterAddMipMaps = nullptr;
+    Shader* ShaderFilterAdd2MipMaps = nullptr;
+    Shader* ShaderFilterMix = nullptr;
+    Shader* ShaderFilterMixDepth = nullptr;
+    Shader* ShaderFilterThreshold = nullptr;
+    Shader* ShaderFilterThresholdMul = nullptr;
+    Shader* ShaderFilterMedian = nullptr;
+    Shader* ShaderFilterBlur = nullptr;
+    Shader* ShaderFilterBlurSimple = nullptr; // FilterBlur with SIMPLE: three taps
+    Shader* ShaderFilterGaussianBlur = nullptr;
+    Shader* ShaderNormalize = nullptr;
+    Shader* ShaderNormals = nullptr;
+    Shader* ShaderNoise = nullptr;
+    Shader* ShaderFilterMinMax = nullptr;
+    Shader* ShaderFilterMinMaxDepthOnly = nullptr;
+    Shader* ShaderSkyBox = nullptr;       // the environment as the background
+    Shader* ShaderCopySkyBox = nullptr;   // a cube resampled through a rotation (environment levels)
+    Shader* ShaderFilterSkyBox = nullptr; // seven taps of a cube (environment levels)
+    // ---- end of the filter family and environment block
 
     // ---- factories; each returns a null Shared when the text comes out empty
     Shared<Shader> FromText(std::string const& text, std::string const& vert_defs = {},

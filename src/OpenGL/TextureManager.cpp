@@ -1,11 +1,11 @@
 #include "OpenGL/TextureManager.h"
 
 #include "Core/Assert.h"
+#include "OpenGL/Environment.h"
 #include "OpenGL/GeneratedImages.h"
 #include "OpenGL/LogMsg.h"
 #include "OpenGL/Texture2D.h"
 #include "OpenGL/Texture3D.h"
-#include "OpenGL/TextureCube.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -43,7 +43,7 @@ Shared<Texture> TextureManager::AddFile(std::string const& requested, int wrap, 
     std::string extension = UpperExtension(path);
     Shared<Texture> texture;
     if (extension == ".HDR")
-        texture = Shared<Texture>(new TextureCube(path, 256));
+        texture = Shared<Texture>(new Environment(path, 256, 6));
     else if (extension == ".GIF")
         texture = Shared<Texture>(new Texture3D(path, true));
     else

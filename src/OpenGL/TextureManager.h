@@ -22,7 +22,7 @@ public:
     // Folder of the scene file being written: file paths are saved relative to it ("" keeps them).
     std::string sceneFolder;
 
-    // The texture of a file: ".HDR" a cube from the panorama, ".GIF" an animation, anything
+    // The texture of a file: ".HDR" an Environment of 256 with 6 levels, ".GIF" an animation, anything
     // else a Texture2D. An empty path asks for the missing-texture image. A file that can't
     // be loaded (or a directory) yields a null Shared and is not stored.
     Shared<Texture> AddFile(std::string const& path, int wrap = GL_REPEAT, int filter = GL_LINEAR);

@@ -2,9 +2,9 @@
 // scene block that references a texture. Loading describes only: no GL context is needed.
 #include "OpenGL/TextureManager.h"
 
+#include "OpenGL/Environment.h"
 #include "OpenGL/GeneratedImages.h"
 #include "OpenGL/Texture2D.h"
-#include "OpenGL/TextureCube.h"
 #include "Scene/OFile.h"
 #include "TestImages.h"
 
@@ -93,9 +93,11 @@ TEST_F(TextureManagerTest, TheExtensionChoosesTheKind)
     ASSERT_TRUE(hdr);
     EXPECT_EQ(gif->Target(), GL_TEXTURE_3D);
     EXPECT_EQ(gif->depth(), 2);
-    EXPECT_EQ(hdr->Target(), GL_TEXTURE_CUBE_MAP);
-    EXPECT_EQ(hdr->width(), 256);
-    EXPECT_EQ(hdr->type, GL_FLOAT);
+    auto* environment = dynamic_cast<Environment*>(hdr.get());
+    ASSERT_NE(environment, nullptr);
+    EXPECT_EQ(environment->width(), 256);
+    EXPECT_EQ(environment->levels, 6);
+    EXPECT_EQ(environment->type, GL_FLOAT);
 }
 
 TEST_F(TextureManagerTest, InternalTexturesLiveUnderTheirOwnKeys)

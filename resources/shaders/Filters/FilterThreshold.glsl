@@ -1,0 +1,14 @@
+// FilterThreshold: the pixels of "Image" whose brightest channel is above "threshold"; the rest black.
+##VERTEX
+out vec2 vUV;
+void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+##FRAGMENT
+uniform sampler2D Image;
+uniform float threshold;
+in vec2 vUV;
+out vec4 oColor;
+void main()
+{
+    vec4 c = texture(Image, vUV);
+    oColor = max(c.r, max(c.g, c.b)) > threshold ? c : vec4(0.0);
+}

@@ -1,0 +1,328 @@
+#include "OpenGL/GLFilters.h"
+
+#include "Core/Assert.h"
+#include "OpenGL/FBOTexture.h"
+#include "OpenGL/GLFunctions.h"
+#include "OpenGL/GLMachine.h"
+#include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
+#include "OpenGL/Texture2D.h"
+
+#include <glad/gl.h>
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+namespace vel {
+
+namespace {
+
+// One filter draw: the target's draw buffer, a machine of the shader and the named sources,
+// each sampler set to its source's unit. Uniforms go between construction and draw().
+class FilterPass {
+public:
+    FilterPass(Shader* shader, std::initializer_list<std::pair<char const*, Texture2D*>> samplers, Texture2D* target)
+    {
+        BindDrawBuffer(target);
+        m.add(shader);
+        for (auto const& sampler : samplers)
+            m.add(sampler.second);
+        VEL_ASSERT(m.enable());
+        for (auto const& sampler : samplers)
+            Shader::setUniform(sampler.first, sampler.second->activeTexture());
+    }
+    void draw() { GLFill(); }
+
+private:
+    GLMachine m;
+};
+
+ShaderManager& Shaders()
+{
+    return ShaderManager::instance();
+}
+
+// Additive blending for the passes after the first of a sum; the caller's state comes back
+// when this goes out of scope.
+class AdditiveBlend {
+public:
+    AdditiveBlend()
+    {
+        wasEnabled = glIsEnabled(GL_BLEND) == GL_TRUE;
+        glGetIntegerv(GL_BLEND_SRC_RGB, &srcRGB);
+        glGetIntegerv(GL_BLEND_DST_RGB, &dstRGB);
+        glGetIntegerv(GL_BLEND_SRC_ALPHA, &srcAlpha);
+        glGetIntegerv(GL_BLEND_DST_ALPHA, &dstAlpha);
+        glGetIntegerv(GL_BLEND_EQUATION_RGB, &equationRGB);
+        glGetIntegerv(GL_BLEND_EQUATION_ALPHA, &equationAlpha);
+    }
+    ~AdditiveBlend()
+    {
+        glBlendEquationSeparate(GLenum(equationRGB), GLenum(equationAlpha));
+        glBlendFuncSeparate(GLenum(srcRGB), GLenum(dstRGB), GLenum(srcAlpha), GLenum(dstAlpha));
+        if (wasEnabled)
+            glEnable(GL_BLEND);
+        else
+            glDisable(GL_BLEND);
+    }
+    AdditiveBlend(AdditiveBlend const&) = delete;
+    AdditiveBlend& operator=(AdditiveBlend const&) = delete;
+
+    // On for `add`, off for a pass that replaces what the target holds.
+    static void set(bool add)
+    {
+        if (!add) {
+            glDisable(GL_BLEND);
+            return;
+        }
+        glEnable(GL_BLEND);
+        glBlendEquation(GL_FUNC_ADD);
+        glBlendFunc(GL_ONE, GL_ONE);
+    }
+
+private:
+    bool wasEnabled = false;
+    int srcRGB = GL_ONE, dstRGB = GL_ZERO, srcAlpha = GL_ONE, dstAlpha = GL_ZERO;
+    int equationRGB = GL_FUNC_ADD, equationAlpha = GL_FUNC_ADD;
+};
+
+} // namespace
+
+// ---- copies and point-wise filters
+
+void GLCopy(Texture2D* source, Texture2D* target)
+{
+    GLSimpleFilter(Shaders().ShaderCopy, source, target);
+}
+
+void GLCopyGreyMax(Texture2D* source, Texture2D* target)
+{
+    GLSimpleFilter(Shaders().ShaderCopyGreyMax, source, target);
+}
+
+void GLMirrorVertical(Texture2D* source, Texture2D* target)
+{
+    GLSimpleFilter(Shaders().ShaderMirrorVertical, source, target);
+}
+
+void GLClamp(Texture2D* source, Texture2D* target)
+{
+    GLSimpleFilter(Shaders().ShaderFilterClamp, source, target);
+}
+
+void GLNormalize(Texture2D* source, Texture2D* target)
+{
+    GLSimpleFilter(Shaders().ShaderNormalize, source, target);
+}
+
+void GLMul(Texture2D* source, Vector4<float> factor, Texture2D* target)
+{
+    FilterPass pass(Shaders().ShaderFilterMul, {{"Image", source}}, target);
+    Shader::setUniform("factor", factor);
+    pass.draw();
+}
+
+void GLMul(Texture2D* a, Texture2D* b, Texture2D* target)
+{
+    FilterPass(Shaders().ShaderFilterMul2, {{"Image0", a}, {"Image1", b}}, target).draw();
+}
+
+void GLAdd(Texture2D* source, Vector4<float> addend, Texture2D* target)
+{
+    FilterPass pass(Shaders().ShaderFilterAdd, {{"Image", source}}, target);
+    Shader::setUniform("addend", addend);
+    pass.draw();
+}
+
+void GLAdd(Texture2D* a, Texture2D* b, float factor, Texture2D* target)
+{
+    FilterPass pass(Shaders().ShaderFilterAddFactor, {{"Image0", a}, {"Image1", b}}, target);
+    Shader::setUniform("factor", factor);
+    pass.draw();
+}
+
+void GLMix(Texture2D* a, Texture2D* b, float factor, Texture2D* target)
+{
+    FilterPass pass(Shaders().ShaderFilterMix, {{"Image0", a}, {"Image1", b}}, target);
+    Shader::setUniform("factor", factor);
+    pass.draw();
+}
+
+void GLMixDepth(Texture2D* a, Texture2D* depthA, Texture2D* b, Texture2D* depthB, float factor, Texture2D* target)
+{
+    FilterPass pass(Shaders().ShaderFilterMixDepth, {{"Image0", a}, {"Depth0", depthA}, {"Image1", b}, {"Depth1", depthB}},
+                    target);
+    Shader::setUniform("factor", factor);
+    pass.draw();
+}
+
+void GLThreshold(Texture2D* source, float threshold, Texture2D* target)
+{
+    FilterPass pass(Shaders().ShaderFilterThreshold, {{"Image", source}}, target);
+    Shader::setUniform("threshold", threshold);
+    pass.draw();
+}
+
+void GLThresholdMul(Texture2D* source, float threshold, float factor, Texture2D* target)
+{
+    FilterPass pass(Shaders().ShaderFilterThresholdMul, {{"Image", source}}, target);
+    Shader::setUniform("threshold", threshold);
+    Shader::setUniform("factor", factor);
+    pass.draw();
+}
+
+void GLNoise(Texture2D* source, Texture2D* target, int frame, float strength)
+{
+    FilterPass pass(Shaders().ShaderNoise, {{"Image", source}}, target);
+    Shader::setUniform("frame", frame);
+    Shader::setUniform("strength", strength);
+    pass.draw();
+}
+
+void GLNormals(Texture2D* depth, Texture2D* flags, Texture2D* target, Matrix4<float> const& matrix)
+{
+    FilterPass pass(Shaders().ShaderNormals, {{"Depth", depth}, {"Image", flags}}, target);
+    Shader::setUniform("matrix", matrix);
+    pass.draw();
+}
+
+// ---- sums
+
+void GLAdd(std::vector<Texture2D*> const& sources, Texture2D* target, bool accumulate)
+{
+    VEL_ASSERT_MSG(!sources.empty(), "GLAdd needs at least one source");
+    ShaderManager& shaders = Shaders();
+    Shader* const byCount[] = {nullptr, shaders.ShaderCopy, shaders.ShaderFilterAdd2, shaders.ShaderFilterAdd3,
+                               shaders.ShaderFilterAdd4, shaders.ShaderFilterAdd5};
+    char const* const names[] = {"Image0", "Image1", "Image2", "Image3", "Image4"};
+    AdditiveBlend saved;
+    for (size_t first = 0; first < sources.size(); first += 5) {
+        size_t count = std::min<size_t>(5, sources.size() - first);
+        AdditiveBlend::set(accumulate || first > 0);
+        BindDrawBuffer(target);
+        GLMachine m;
+        m.add(byCount[count]);
+        for (size_t i = 0; i < count; ++i)
+            m.add(sources[first + i]);
+        VEL_ASSERT(m.enable());
+        for (size_t i = 0; i < count; ++i)
+            Shader::setUniform(count == 1 ? "Image" : names[i], sources[first + i]->activeTexture());
+        GLFill();
+    }
+}
+
+void GLAddMipMaps(std::vector<Texture2D*> const& sources, int level, Texture2D* target)
+{
+    VEL_ASSERT_MSG(!sources.empty(), "GLAddMipMaps needs at least one source");
+    AdditiveBlend saved;
+    for (size_t first = 0; first < sources.size(); first += 2) {
+        AdditiveBlend::set(first > 0);
+        bool pair = first + 1 < sources.size();
+        if (pair) {
+            FilterPass pass(Shaders().ShaderFilterAdd2MipMaps, {{"Image0", sources[first]}, {"Image1", sources[first + 1]}},
+                            target);
+            Shader::setUniform("level", level);
+            pass.draw();
+        } else {
+            FilterPass pass(Shaders().ShaderFilterAddMipMaps, {{"Image", sources[first]}}, target);
+            Shader::setUniform("level", level);
+            pass.draw();
+        }
+    }
+}
+
+// ---- neighbourhood filters
+
+void GLMedian(Texture2D* source, Texture2D* target, int size)
+{
+    FilterPass pass(Shaders().ShaderFilterMedian, {{"Image", source}}, target);
+    Shader::setUniform("size", std::clamp(size, 0, 2));
+    pass.draw();
+}
+
+void GLBlur(Texture2D* source, Texture2D* target, int count, bool simple)
+{
+    Shader* shader = simple ? Shaders().ShaderFilterBlurSimple : Shaders().ShaderFilterBlur;
+    int const alongX[2] = {1, 0}, alongY[2] = {0, 1};
+    for (int round = 0; round < count; ++round) {
+        {
+            FilterPass pass(shader, {{"Image", source}}, target);
+            Shader::setUniformArray("delta", 2, alongX, 1);
+            pass.draw();
+        }
+        FilterPass pass(shader, {{"Image", target}}, source);
+        Shader::setUniformArray("delta", 2, alongY, 1);
+        pass.draw();
+    }
+}
+
+void GLGaussianBlur(Texture2D* source, Texture2D* target, float sigma, int radius)
+{
+    FilterPass pass(Shaders().ShaderFilterGaussianBlur, {{"Image", source}}, target);
+    Shader::setUniform("sigma", sigma);
+    Shader::setUniform("radius", std::clamp(radius, 0, 8));
+    pass.draw();
+}
+
+// ---- range by reduction
+
+std::deque<Shared<FBOTexture>> MinMaxChain(int width, int height)
+{
+    std::deque<Shared<FBOTexture>> chain;
+    do {
+        width = std::max(width >> 1, 1);
+        height = std::max(height >> 1, 1);
+        Shared<Texture2D> texture(new Texture2D(width, height, GL_RG32F, GL_RG, GL_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST));
+        chain.emplace_back(new FBOTexture(texture));
+    } while (width > 1 || height > 1);
+    return chain;
+}
+
+Vector2<float> GLMinMax(Texture2D* source)
+{
+    std::deque<Shared<FBOTexture>> owned = MinMaxChain(source->width(), source->height());
+    std::deque<FBOTexture*> chain;
+    for (auto const& target : owned)
+        chain.push_back(target.get());
+    return GLMinMax(source, chain);
+}
+
+Vector2<float> GLMinMax(Texture2D* source, std::deque<FBOTexture*> const& chain)
+{
+    VEL_ASSERT_MSG(!chain.empty() && chain.back()->width == 1 && chain.back()->height == 1,
+                   "GLMinMax needs the chain of MinMaxChain, down to 1 x 1");
+    int viewport[4];
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    unsigned const drawn = FBO::DRAW_ID, read = FBO::READ_ID;
+    bool const depth = source->format == GL_DEPTH_COMPONENT || source->format == GL_DEPTH_STENCIL;
+
+    Texture2D* last = source;
+    for (size_t i = 0; i < chain.size(); ++i) {
+        FBOTexture* target = chain[i];
+        VEL_ASSERT_MSG(target->width == std::max(last->width() >> 1, 1) && target->height == std::max(last->height() >> 1, 1),
+                       "each target of the chain is half the size of the one before");
+        VEL_ASSERT(target->enable());
+        glViewport(0, 0, target->width, target->height);
+        if (i == 0) {
+            FilterPass pass(Shaders().ShaderFilterMinMaxDepthOnly, {{"Image", last}}, target->texture());
+            Shader::setUniform("background", depth ? 1.0f : 3.0e38f);
+            pass.draw();
+        } else {
+            FilterPass(Shaders().ShaderFilterMinMax, {{"Image", last}}, target->texture()).draw();
+        }
+        last = target->texture();
+    }
+    float range[2] = {0, 0};
+    glReadBuffer(GL_COLOR_ATTACHMENT0);
+    glReadPixels(0, 0, 1, 1, GL_RG, GL_FLOAT, range);
+
+    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, drawn);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, read);
+    FBO::DRAW_ID = drawn;
+    FBO::READ_ID = read;
+    return {range[0], range[1]};
+}
+
+} // namespace vel

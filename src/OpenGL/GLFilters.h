@@ -1,0 +1,81 @@
+// The filter family: full-screen passes from source textures into a target texture, for the
+// frame's screen effects, the tool box thumbnails and shader passes alike.
+//
+// Every filter draws the attributeless quad of GLFill() over the viewport the caller set, into
+// the framebuffer the caller bound for drawing; it binds the draw buffer of the target's
+// attachment (GL_COLOR_ATTACHMENT0 when the target is null). Sources are sampled by normalised
+// coordinates, so they may differ in size from the target, except where a filter says it works
+// texel for texel. Shader and sources go through one GLMachine per call (asserted "m.enable()").
+// Only GLMinMax binds framebuffers and sets the viewport itself, and it restores both.
+#pragma once
+
+#include "Math/Matrix4.h"
+#include "Math/Vector2.h"
+#include "Math/Vector4.h"
+#include "Memory/Shared.h"
+
+#include <deque>
+#include <vector>
+
+namespace vel {
+
+class FBOTexture;
+class Texture2D;
+
+// Level 0 of `source`; GREY_MAX: the largest of r, g, b in each of them, alpha kept.
+void GLCopy(Texture2D* source, Texture2D* target);
+void GLCopyGreyMax(Texture2D* source, Texture2D* target);
+// `source` upside down.
+void GLMirrorVertical(Texture2D* source, Texture2D* target);
+// `source` clamped to 0..1.
+void GLClamp(Texture2D* source, Texture2D* target);
+// `source` times `factor`, channel by channel; and the product of two textures.
+void GLMul(Texture2D* source, Vector4<float> factor, Texture2D* target);
+void GLMul(Texture2D* a, Texture2D* b, Texture2D* target);
+// `source` plus `addend`; and a + factor * b.
+void GLAdd(Texture2D* source, Vector4<float> addend, Texture2D* target);
+void GLAdd(Texture2D* a, Texture2D* b, float factor, Texture2D* target);
+// The sum of `sources` (one or more): up to five in one pass, more in further passes blended
+// additively onto the first. With `accumulate` the sum is added to what the target holds.
+// The blending state is restored.
+void GLAdd(std::vector<Texture2D*> const& sources, Texture2D* target, bool accumulate);
+// The sum of the mip levels 0 to `level` of every source (two a pass, further passes blended
+// additively). The sources' mipmaps must be made first.
+void GLAddMipMaps(std::vector<Texture2D*> const& sources, int level, Texture2D* target);
+// mix(a, b, factor).
+void GLMix(Texture2D* a, Texture2D* b, float factor, Texture2D* target);
+// Per pixel the picture whose depth is nearer (smaller); `factor` is how much of the farther
+// one shows through (0: none).
+void GLMixDepth(Texture2D* a, Texture2D* depthA, Texture2D* b, Texture2D* depthB, float factor, Texture2D* target);
+// The pixels whose brightest channel is above `threshold`, the rest black; ThresholdMul scales
+// what is kept by `factor` (the bloom source).
+void GLThreshold(Texture2D* source, float threshold, Texture2D* target);
+void GLThresholdMul(Texture2D* source, float threshold, float factor, Texture2D* target);
+// Per channel the median of the (2 size + 1)^2 window, size 0 to 2; texel for texel.
+void GLMedian(Texture2D* source, Texture2D* target, int size);
+// A separable blur done in place: `count` rounds, each along x from `source` into `target`, then
+// along y from `target` back into `source`. Both are attachments of the bound framebuffer, of one
+// size; the blurred picture ends in `source`. `simple` takes three taps instead of five.
+void GLBlur(Texture2D* source, Texture2D* target, int count, bool simple);
+// One pass of a Gaussian of `sigma` texels over `radius` texels each way (at most 8).
+void GLGaussianBlur(Texture2D* source, Texture2D* target, float sigma, int radius);
+// xyz to unit length (zero stays zero), w kept.
+void GLNormalize(Texture2D* source, Texture2D* target);
+// View-space normals from `depth`, with `matrix` the inverse projection; w comes from `flags`
+// (the flag word a fast render writes alone). Texel for texel.
+void GLNormals(Texture2D* depth, Texture2D* flags, Texture2D* target, Matrix4<float> const& matrix);
+// Film grain of amplitude `strength` that changes with `frame`; a zero strength copies.
+void GLNoise(Texture2D* source, Texture2D* target, int frame, float strength);
+
+// The range (min, max) of the first channel of `source`, by repeated halving on the GPU and one
+// read-back of a single texel. A depth texture's background (1) is not counted; when nothing is
+// counted, min > max. The first form makes its own chain of targets; the second runs down
+// `chain`, the targets of MinMaxChain for the source's size, in order (the frame keeps one and
+// makes no texture while drawing).
+Vector2<float> GLMinMax(Texture2D* source);
+Vector2<float> GLMinMax(Texture2D* source, std::deque<FBOTexture*> const& chain);
+// The targets of a reduction of a width x height texture: RG32F, each half the last (at least
+// 1 each way), down to 1 x 1; at least one.
+std::deque<Shared<FBOTexture>> MinMaxChain(int width, int height);
+
+} // namespace vel

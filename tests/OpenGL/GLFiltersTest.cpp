@@ -1,0 +1,314 @@
+// The filter family on small float textures with known values, read back and compared with
+// what the CPU computes from the same inputs.
+#include "GLResourceTest.h"
+
+#include "OpenGL/FBO.h"
+#include "OpenGL/FBOTexture.h"
+#include "OpenGL/GLFilters.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vel::test {
+namespace {
+
+int const W = 6, H = 4; // not square and not a power of two: catches swapped axes and odd halving
+
+using Pixels = std::vector<float>; // RGBA, bottom row first
+
+// Deterministic values in [lo, hi).
+Pixels RandomPixels(unsigned seed, float lo, float hi, int w = W, int h = H)
+{
+    Pixels p(size_t(w) * size_t(h) * 4);
+    for (float& v : p) {
+        seed = seed * 1664525u + 1013904223u;
+        v = lo + (hi - lo) * float(seed >> 8) / float(1u << 24);
+    }
+    return p;
+}
+
+Pixels Constant(float r, float g, float b, float a, int w = W, int h = H)
+{
+    Pixels p;
+    for (int i = 0; i < w * h; ++i)
+        p.insert(p.end(), {r, g, b, a});
+    return p;
+}
+
+Shared<Texture2D> Upload(Pixels const& p, int w = W, int h = H, int filter = GL_NEAREST)
+{
+    Shared<Texture2D> t(new Texture2D(w, h, GL_RGBA32F, GL_RGBA, GL_FLOAT, GL_CLAMP_TO_EDGE, filter));
+    t->copy(p.data(), int(p.size() * sizeof(float)));
+    return t;
+}
+
+class GLFiltersTest : public GLResourceTest {
+protected:
+    // A framebuffer of two float targets of W x H, bound for drawing, viewport set.
+    void SetUp() override
+    {
+        GLResourceTest::SetUp();
+        fbo.reset(new FBO(dsNone, W, H));
+        target = fbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+        second = fbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+        ASSERT_TRUE(fbo->enable());
+        glViewport(0, 0, W, H);
+    }
+    void TearDown() override
+    {
+        FBO::disable(fbBoth);
+        fbo.reset();
+        GLResourceTest::TearDown();
+    }
+    Pixels read(Texture2D* t) { return ReadColorFloat(t->attachment, W, H); }
+
+    std::unique_ptr<FBO> fbo;
+    Texture2D* target = nullptr;
+    Texture2D* second = nullptr;
+};
+
+using Run = std::function<void(std::vector<Texture2D*> const& in, Texture2D* target)>;
+// The expected value of channel c of pixel i.
+using Expect = std::function<float(std::vector<Pixels> const& in, int i, int c)>;
+
+struct Case {
+    char const* name;
+    std::vector<Pixels> inputs;
+    Run run;
+    Expect expect;
+};
+
+float Sum(std::vector<Pixels> const& in, int i, int c)
+{
+    float s = 0;
+    for (Pixels const& p : in)
+        s += p[size_t(i) * 4 + size_t(c)];
+    return s;
+}
+
+TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
+{
+    auto at = [](Pixels const& p, int i, int c) { return p[size_t(i) * 4 + size_t(c)]; };
+    std::vector<Pixels> five, seven;
+    for (unsigned k = 0; k < 7; ++k)
+        (k < 5 ? five : seven).push_back(RandomPixels(k + 1, -1, 1));
+    seven.insert(seven.begin(), five.begin(), five.end());
+    Pixels a = RandomPixels(11, -2, 2), b = RandomPixels(12, -2, 2), depthA = RandomPixels(13, 0, 1),
+           depthB = RandomPixels(14, 0, 1);
+    Vector4<float> const v(0.5f, -2.0f, 3.0f, 0.25f);
+    auto component = [](Vector4<float> const& u, int c) { return c == 0 ? u.x : c == 1 ? u.y : c == 2 ? u.z : u.w; };
+
+    Case const cases[] = {
+        {"sum of five", five, [](auto const& in, Texture2D* t) { GLAdd(in, t, false); }, Sum},
+        {"sum of seven, in two rounds", seven, [](auto const& in, Texture2D* t) { GLAdd(in, t, false); }, Sum},
+        {"sum of one", {a}, [](auto const& in, Texture2D* t) { GLAdd(in, t, false); }, Sum},
+        {"sum added to the target", {a, b},
+         [](auto const& in, Texture2D* t) {
+             GLCopy(in[0], t);
+             GLAdd({in[1]}, t, true);
+         },
+         Sum},
+        {"product", {a, b}, [](auto const& in, Texture2D* t) { GLMul(in[0], in[1], t); },
+         [&](auto const& in, int i, int c) { return at(in[0], i, c) * at(in[1], i, c); }},
+        {"scale", {a}, [&](auto const& in, Texture2D* t) { GLMul(in[0], v, t); },
+         [&](auto const& in, int i, int c) { return at(in[0], i, c) * component(v, c); }},
+        {"offset", {a}, [&](auto const& in, Texture2D* t) { GLAdd(in[0], v, t); },
+         [&](auto const& in, int i, int c) { return at(in[0], i, c) + component(v, c); }},
+        {"a + factor b", {a, b}, [](auto const& in, Texture2D* t) { GLAdd(in[0], in[1], -0.5f, t); },
+         [&](auto const& in, int i, int c) { return at(in[0], i, c) - 0.5f * at(in[1], i, c); }},
+        {"mix", {a, b}, [](auto const& in, Texture2D* t) { GLMix(in[0], in[1], 0.25f, t); },
+         [&](auto const& in, int i, int c) { return 0.75f * at(in[0], i, c) + 0.25f * at(in[1], i, c); }},
+        {"clamp", {a}, [](auto const& in, Texture2D* t) { GLClamp(in[0], t); },
+         [&](auto const& in, int i, int c) { return std::clamp(at(in[0], i, c), 0.0f, 1.0f); }},
+        {"mix by depth picks the nearer", {a, depthA, b, depthB},
+         [](auto const& in, Texture2D* t) { GLMixDepth(in[0], in[1], in[2], in[3], 0.0f, t); },
+         [&](auto const& in, int i, int c) {
+             return at(in[1], i, 0) <= at(in[3], i, 0) ? at(in[0], i, c) : at(in[2], i, c);
+         }},
+        {"threshold", {a}, [](auto const& in, Texture2D* t) { GLThresholdMul(in[0], 0.5f, 3.0f, t); },
+         [&](auto const& in, int i, int c) {
+             float brightest = std::max({at(in[0], i, 0), at(in[0], i, 1), at(in[0], i, 2)});
+             return brightest > 0.5f ? 3.0f * at(in[0], i, c) : 0.0f;
+         }},
+        {"normalize keeps w", {a}, [](auto const& in, Texture2D* t) { GLNormalize(in[0], t); },
+         [&](auto const& in, int i, int c) {
+             float len = std::sqrt(at(in[0], i, 0) * at(in[0], i, 0) + at(in[0], i, 1) * at(in[0], i, 1) +
+                                   at(in[0], i, 2) * at(in[0], i, 2));
+             return c == 3 ? at(in[0], i, 3) : at(in[0], i, c) / len;
+         }},
+        {"grey from the largest channel", {a}, [](auto const& in, Texture2D* t) { GLCopyGreyMax(in[0], t); },
+         [&](auto const& in, int i, int c) {
+             return c == 3 ? at(in[0], i, 3) : std::max({at(in[0], i, 0), at(in[0], i, 1), at(in[0], i, 2)});
+         }},
+        {"mirror", {a}, [](auto const& in, Texture2D* t) { GLMirrorVertical(in[0], t); },
+         [&](auto const& in, int i, int c) { return at(in[0], (H - 1 - i / W) * W + i % W, c); }},
+        {"zero noise copies", {a}, [](auto const& in, Texture2D* t) { GLNoise(in[0], t, 7, 0.0f); },
+         [&](auto const& in, int i, int c) { return at(in[0], i, c); }},
+    };
+    for (Case const& test : cases) {
+        SCOPED_TRACE(test.name);
+        std::vector<Shared<Texture2D>> owned;
+        std::vector<Texture2D*> in;
+        for (Pixels const& p : test.inputs) {
+            owned.push_back(Upload(p));
+            in.push_back(owned.back().get());
+        }
+        test.run(in, target);
+        Pixels out = read(target);
+        for (int i = 0; i < W * H; ++i)
+            for (int c = 0; c < 4; ++c)
+                ASSERT_NEAR(out[size_t(i) * 4 + size_t(c)], test.expect(test.inputs, i, c), 1e-4f)
+                    << "pixel " << i << " channel " << c;
+    }
+}
+
+TEST_F(GLFiltersTest, NoiseOfSomeStrengthChangesThePictureByAtMostHalfOfIt)
+{
+    Pixels p = Constant(0.5f, 0.5f, 0.5f, 1.0f);
+    Shared<Texture2D> source = Upload(p);
+    GLNoise(source.get(), target, 3, 0.2f);
+    Pixels out = read(target);
+    float moved = 0;
+    for (size_t i = 0; i < out.size(); ++i) {
+        EXPECT_LE(std::abs(out[i] - p[i]), 0.1f + 1e-5f);
+        moved = std::max(moved, std::abs(out[i] - p[i]));
+        if (i % 4 == 3)
+            EXPECT_EQ(out[i], 1.0f); // alpha is left alone
+    }
+    EXPECT_GT(moved, 0.01f);
+}
+
+// Neighbourhood filters leave a constant picture as it is, up to the borders.
+TEST_F(GLFiltersTest, BlursAndMedianKeepAConstantPicture)
+{
+    Pixels p = Constant(0.25f, 0.5f, 0.75f, 1.0f);
+    struct Blur {
+        char const* name;
+        std::function<void(Texture2D* source, Texture2D* target)> run;
+        bool inPlace; // the result ends in the source
+    };
+    Blur const blurs[] = {
+        {"blur", [](Texture2D* s, Texture2D* t) { GLBlur(s, t, 2, false); }, true},
+        {"simple blur", [](Texture2D* s, Texture2D* t) { GLBlur(s, t, 1, true); }, true},
+        {"gaussian", [](Texture2D* s, Texture2D* t) { GLGaussianBlur(s, t, 1.5f, 3); }, false},
+        {"median", [](Texture2D* s, Texture2D* t) { GLMedian(s, t, 2); }, false},
+    };
+    for (Blur const& blur : blurs) {
+        SCOPED_TRACE(blur.name);
+        Shared<Texture2D> source = Upload(p);
+        GLCopy(source.get(), second);
+        blur.run(second, target);
+        Pixels out = read(blur.inPlace ? second : target);
+        for (size_t i = 0; i < out.size(); ++i)
+            ASSERT_NEAR(out[i], p[i], 1e-5f) << i;
+    }
+}
+
+TEST_F(GLFiltersTest, ABlurSpreadsASpikeSymmetricallyAndTheMedianRemovesIt)
+{
+    // A ramp along x with a spike on it: the median gives the ramp back (a min or max would not).
+    Pixels ramp = Constant(0, 0, 0, 0);
+    int const spike = 1 * W + 2;
+    for (int i = 0; i < W * H; ++i)
+        ramp[size_t(i) * 4] = float(i % W);
+    ramp[size_t(spike) * 4] = 100.0f;
+    Shared<Texture2D> spiked = Upload(ramp);
+    GLMedian(spiked.get(), target, 1);
+    Pixels out = read(target);
+    for (int i = 0; i < W * H; ++i)
+        ASSERT_EQ(out[size_t(i) * 4], float(i % W)) << i;
+
+    Pixels p = Constant(0, 0, 0, 0);
+    p[size_t(spike) * 4] = 1.0f;
+    Shared<Texture2D> source = Upload(p);
+    GLCopy(source.get(), second);
+    GLBlur(second, target, 1, false);
+    out = read(second);
+    // Binomial 1 4 6 4 1 along each axis: the centre keeps (6/16)^2.
+    EXPECT_NEAR(out[size_t(spike) * 4], 36.0f / 256.0f, 1e-5f);
+    EXPECT_NEAR(out[size_t(spike - 1) * 4], out[size_t(spike + 1) * 4], 1e-6f);
+    EXPECT_NEAR(out[size_t(spike - W) * 4], out[size_t(spike + 1) * 4], 1e-6f);
+    EXPECT_GT(out[size_t(spike + W) * 4], 0.0f);
+}
+
+TEST_F(GLFiltersTest, AddMipMapsSumsTheLevelsOfEverySource)
+{
+    // Constant sources: every level holds the same value, so levels 0 to 2 give three times it.
+    std::vector<Shared<Texture2D>> owned;
+    std::vector<Texture2D*> in;
+    float const values[] = {0.5f, 0.25f, 1.0f};
+    for (float v : values) {
+        owned.push_back(Upload(Constant(v, v, v, v, 8, 8), 8, 8, GL_LINEAR));
+        owned.back()->mipmaps = true;
+        in.push_back(owned.back().get());
+    }
+    GLAddMipMaps(in, 2, target);
+    Pixels out = read(target);
+    for (float v : out)
+        ASSERT_NEAR(v, 3 * (0.5f + 0.25f + 1.0f), 1e-5f);
+}
+
+TEST_F(GLFiltersTest, NormalsOfAFlatDepthFaceTheViewerAndKeepTheFlags)
+{
+    Shared<Texture2D> depth = Upload(Constant(0.5f, 0, 0, 0));
+    Shared<Texture2D> flags = Upload(Constant(0, 0, 0, 7.0f));
+    GLNormals(depth.get(), flags.get(), target, Matrix4<float>());
+    Pixels out = read(target);
+    for (int i = 0; i < W * H; ++i) {
+        EXPECT_NEAR(out[size_t(i) * 4 + 2], 1.0f, 1e-5f) << i;
+        EXPECT_EQ(out[size_t(i) * 4 + 3], 7.0f) << i;
+    }
+}
+
+TEST_F(GLFiltersTest, MinMaxMatchesTheCpuAndRestoresBindingAndViewport)
+{
+    struct Size {
+        int w, h;
+    };
+    Size const sizes[] = {{1, 1}, {7, 3}, {16, 16}, {33, 1}};
+    for (Size const& size : sizes) {
+        SCOPED_TRACE(std::to_string(size.w) + " x " + std::to_string(size.h));
+        Pixels p = RandomPixels(unsigned(size.w * 31 + size.h), -5, 5, size.w, size.h);
+        float lo = 1e30f, hi = -1e30f;
+        for (size_t i = 0; i < p.size(); i += 4) {
+            lo = std::min(lo, p[i]);
+            hi = std::max(hi, p[i]);
+        }
+        Shared<Texture2D> source = Upload(p, size.w, size.h);
+        Vector2<float> range = GLMinMax(source.get());
+        EXPECT_EQ(range.x, lo);
+        EXPECT_EQ(range.y, hi);
+        EXPECT_EQ(FBO::DRAW_ID, fbo->framebuffer);
+        GLint viewport[4];
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        EXPECT_EQ(viewport[2], W);
+        EXPECT_EQ(viewport[3], H);
+    }
+}
+
+TEST_F(GLFiltersTest, MinMaxOfADepthLeavesTheBackgroundOut)
+{
+    FBO depthFbo(dsDepth, 5, 3);
+    ASSERT_TRUE(depthFbo.enable());
+    glViewport(0, 0, 5, 3);
+    glClearDepth(1.0);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(1, 1, 2, 1);
+    glClearDepth(0.25);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    glScissor(3, 2, 1, 1);
+    glClearDepth(0.75);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    glDisable(GL_SCISSOR_TEST);
+    glClearDepth(1.0);
+    Vector2<float> range = GLMinMax(depthFbo.DepthStencil());
+    EXPECT_NEAR(range.x, 0.25f, 1e-6f);
+    EXPECT_NEAR(range.y, 0.75f, 1e-6f);
+}
+
+} // namespace
+} // namespace vel::test
