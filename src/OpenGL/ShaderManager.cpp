@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QString>
 
+#include <array>
+
 namespace vel {
 
 ShaderManager::ShaderManager()
@@ -76,12 +78,40 @@ ShaderManager::ShaderManager()
     ShaderCopySkyBox = builtin(FromFile(Path("CopySkyBox")));
     ShaderFilterSkyBox = builtin(FromFile(Path("FilterSkyBox")));
     // ---- end of the filter family and environment block
+    describeMeshPrograms();
 }
 
 Shader* ShaderManager::builtin(Shared<Shader> const& shader)
 {
     catalogue.push_back(shader.get());
     return shader.get();
+}
+
+// ---- mesh programs -----------------------------------------------------------------------
+
+void ShaderManager::describeMeshPrograms()
+{
+    // The five G-buffer variants of a vertex file with "Mesh/fMeshRender", in member order.
+    auto variants = [this](std::string const& vertex, std::array<Shader**, 5> const& members) {
+        static std::array<std::pair<char const*, char const*>, 5> const defines = {{
+            {"", "RENDER_PBR"},
+            {"MESH_PBR", "MESH_PBR RENDER_PBR"},
+            {"MESH_TEX", "MESH_TEX RENDER_PBR"},
+            {"", ""},
+            {"RENDER_FAST", "RENDER_FAST"},
+        }};
+        for (std::size_t i = 0; i < defines.size(); ++i)
+            *members[i] = builtin(FromFiles(Path(vertex), Path("Mesh/fMeshRender"), defines[i].first, defines[i].second));
+    };
+    variants("Mesh/vMeshRender", {&ShaderMeshRenderPbr, &ShaderMeshRenderMeshPbr, &ShaderMeshRenderTex,
+                                  &ShaderMeshRender, &ShaderMeshRenderFast});
+    variants("Mesh/vMeshSnakeRender", {&ShaderMeshSnakeRenderPbr, &ShaderMeshSnakeRenderMeshPbr,
+                                       &ShaderMeshSnakeRenderTex, &ShaderMeshSnakeRender, &ShaderMeshSnakeRenderFast});
+    ShaderMeshColor = builtin(FromFile(Path("Mesh/MeshColor")));
+    ShaderMeshRenderPaint = builtin(FromFile(Path("Mesh/MeshRenderPaint")));
+    ShaderMeshDepthPeel = builtin(FromFile(Path("Mesh/MeshDepthPeel")));
+    ShaderMeshDepth = builtin(FromFile(Path("Mesh/MeshDepth")));
+    ShaderMeshDepthPeelComponent = builtin(FromFile(Path("Mesh/MeshDepthPeelComponent")));
 }
 
 std::string ShaderManager::Path(std::string const& name)
@@ -193,6 +223,13 @@ void ShaderManager::clear()
     ShaderFilterThreshold = ShaderFilterThresholdMul = ShaderFilterMedian = ShaderFilterBlur = nullptr;
     ShaderFilterBlurSimple = ShaderFilterGaussianBlur = ShaderNormalize = ShaderNormals = ShaderNoise = nullptr;
     ShaderFilterMinMax = ShaderFilterMinMaxDepthOnly = ShaderSkyBox = ShaderCopySkyBox = ShaderFilterSkyBox = nullptr;
+    // ---- mesh programs
+    for (Shader** member : {&ShaderMeshRenderPbr, &ShaderMeshRenderMeshPbr, &ShaderMeshRenderTex, &ShaderMeshRender,
+                            &ShaderMeshRenderFast, &ShaderMeshSnakeRenderPbr, &ShaderMeshSnakeRenderMeshPbr,
+                            &ShaderMeshSnakeRenderTex, &ShaderMeshSnakeRender, &ShaderMeshSnakeRenderFast,
+                            &ShaderMeshColor, &ShaderMeshRenderPaint, &ShaderMeshDepthPeel, &ShaderMeshDepth,
+                            &ShaderMeshDepthPeelComponent})
+        *member = nullptr;
     shaders.clear();
 }
 

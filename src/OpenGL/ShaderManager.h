@@ -89,6 +89,25 @@ public:
     Shader* ShaderCopySkyBox = nullptr;   // a cube resampled through a rotation (environment levels)
     Shader* ShaderFilterSkyBox = nullptr; // seven taps of a cube (environment levels)
     // ---- end of the filter family and environment block
+    // ---- mesh programs: element buffers and their draws (MeshVBO picks them by render kind)
+    // "Mesh/vMeshRender" + "Mesh/fMeshRender"; vertex / fragment defines in the comments.
+    Shader* ShaderMeshRenderPbr = nullptr;     // none / RENDER_PBR: kinds 0 and 1
+    Shader* ShaderMeshRenderMeshPbr = nullptr; // MESH_PBR / MESH_PBR RENDER_PBR: with vertex materials
+    Shader* ShaderMeshRenderTex = nullptr;     // MESH_TEX / MESH_TEX RENDER_PBR: materials from a texture
+    Shader* ShaderMeshRender = nullptr;        // none / none: kind 6
+    Shader* ShaderMeshRenderFast = nullptr;    // RENDER_FAST / RENDER_FAST: kind 6 without normals
+    // "Mesh/vMeshSnakeRender" + "Mesh/fMeshRender", the same five.
+    Shader* ShaderMeshSnakeRenderPbr = nullptr;
+    Shader* ShaderMeshSnakeRenderMeshPbr = nullptr;
+    Shader* ShaderMeshSnakeRenderTex = nullptr;
+    Shader* ShaderMeshSnakeRender = nullptr;
+    Shader* ShaderMeshSnakeRenderFast = nullptr;
+    Shader* ShaderMeshColor = nullptr;              // "Mesh/MeshColor": kind 7
+    Shader* ShaderMeshRenderPaint = nullptr;        // "Mesh/MeshRenderPaint": kinds 3 and 4
+    Shader* ShaderMeshDepthPeel = nullptr;          // "Mesh/MeshDepthPeel": kind 8
+    Shader* ShaderMeshDepth = nullptr;              // "Mesh/MeshDepth": kind 9
+    Shader* ShaderMeshDepthPeelComponent = nullptr; // "Mesh/MeshDepthPeelComponent": kind 10, bound by its caller
+    // ---- end of mesh programs
 
     // ---- factories; each returns a null Shared when the text comes out empty
     Shared<Shader> FromText(std::string const& text, std::string const& vert_defs = {},
@@ -123,6 +142,7 @@ private:
     ShaderManager();
     // Records a built-in member (null when its file is missing) and returns it.
     Shader* builtin(Shared<Shader> const& shader);
+    void describeMeshPrograms();
 };
 
 } // namespace vel

@@ -2,6 +2,7 @@
 
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
+#include "OpenGL/Shader.h"
 #include "Scene/Commands/CommandObjectAddChild.h"
 #include "Scene/Commands/CommandObjectDelete.h"
 #include "Scene/Commands/CommandObjectLink.h"
@@ -10,6 +11,7 @@
 #include "Scene/Commands/CommandObjectSubChild.h"
 #include "Scene/Commands/CommandObjectUnlink.h"
 #include "Scene/Commands/CommandRegisterToolCreation.h"
+#include "Scene/RenderFlags.h"
 #include "Scene/SceneHistory.h"
 
 #include <cmath>
@@ -897,6 +899,76 @@ bool Tool::isSDF() const
 Shader* Tool::renderShader(Element* e, TRenderState const& state)
 {
     return e ? e->renderShader(state) : nullptr;
+}
+
+bool Tool::renderBegin(Element* e, TRenderState const& state)
+{
+    return e && e->renderBegin(state, false);
+}
+
+void Tool::render(Element* e, TRenderState const& state, Matrix34<double> const& M, Matrix34<double> const&,
+                  int objectId, int items, int elementId, int fourth)
+{
+    if (!renderBegin(e, state))
+        return;
+    e->render(state, M, objectId, items, elementId, fourth, material, renderFlags(), float(time));
+    e->renderEnd();
+}
+
+Matrix34<double> Tool::transformRender(Matrix34<double> const& W)
+{
+    Matrix34<double> R = element ? element->Transform(1.0f) * W : W;
+    unsigned char mode = orientation();
+    if (mode == 2 || mode == 3) {
+        // Facing the viewer: the view's rotation undone, the object's size and place kept.
+        double size = std::cbrt(std::fabs(R.determinant()));
+        Matrix3<double> view = Shader::ModelViewMatrix.linear();
+        double viewSize = std::cbrt(std::fabs(view.determinant()));
+        Matrix3<double> facing = inv(view) * (viewSize > 0 ? viewSize * size : size);
+        R.setLinear(facing);
+    }
+    return R;
+}
+
+void Tool::prepareRender(Element* e)
+{
+    if (isPrimitive() || !e)
+        return;
+    e->prepareRender();
+}
+
+void Tool::renderBorders(Matrix34<double> const& M, bvec4 const& mask)
+{
+    if (element)
+        element->renderBorders(M, mask);
+}
+
+void Tool::renderHelpers(Matrix34<double> const& M, bvec4 const& mask)
+{
+    if (element)
+        element->renderHelpers(M, mask);
+}
+
+int Tool::renderFlags() const
+{
+    int type = 0;
+    if (isCurve())
+        type = VALUE_CURVE;
+    else if (isBone())
+        type = VALUE_BONE;
+    else if (isRigidBody())
+        type = isActiveRigidBody() ? VALUE_RB_DYNAMIC : VALUE_RB_STATIC;
+    int word = type << FLAGS_OBJ_TYPE_SHIFT;
+    int const m = material.flags;
+    if (m & 64)
+        word |= FLAG_LIT;
+    if (m & 128)
+        word |= FLAG_COLOR_GLOWS;
+    if (m & 0x2000)
+        word |= FLAG_CONTOURS;
+    if (m & 0x4000)
+        word |= FLAG_FEATURES;
+    return word;
 }
 
 void Tool::setElement(Shared<Element> const& newElement)

@@ -203,6 +203,21 @@ public:
     // The program `e` draws with for this tool in `state`: the element's own, until the
     // tool's object shader takes part.
     virtual Shader* renderShader(Element* e, TRenderState const& state);
+    // ---- drawing: the list calls these per item, with the item's shader current ----
+    // The element's renderBegin (vertex array, textures); false skips the draw.
+    virtual bool renderBegin(Element* e, TRenderState const& state);
+    // Draws `e` with model matrix M (the item's transformRender, the piece's own transform
+    // first); `pivot` is the world matrix of the tool's parent. The ints are what the id
+    // buffer receives: object id, item index, element id, and the spare fourth word.
+    virtual void render(Element* e, TRenderState const& state, Matrix34<double> const& M,
+                        Matrix34<double> const& pivot, int objectId, int items, int elementId, int fourth);
+    // The world matrix W of the tool as drawn: the element's own size mapping first, and the
+    // rotation replaced by the view's inverse for orientation modes 2 and 3 (facing the viewer).
+    virtual Matrix34<double> transformRender(Matrix34<double> const& W);
+    // Fills the element's buffers before the frame's passes; primitives have none.
+    virtual void prepareRender(Element* e);
+    virtual void renderBorders(Matrix34<double> const& M, bvec4 const& mask);
+    virtual void renderHelpers(Matrix34<double> const& M, bvec4 const& mask);
     virtual bool hasBorders();
     virtual bool hasHelpers();
     virtual void clearHelpers();
@@ -256,6 +271,10 @@ public:
     // transform(), preceded by the element's own Transform when there is an element.
     Matrix34<double> element_transform() const;
     unsigned char orientation() const;
+    // The render flag word of the tool's draws (FLAG_NON_EMPTY is the element's to add): the
+    // object type in bits 26 to 28, and lit, glowing colour, contours and features from the
+    // material's flag bits 64, 128, 0x2000 and 0x4000.
+    int renderFlags() const;
     // Position of T in children, searched from the back; -1 when absent.
     int childPosition(Tool* T) const;
 

@@ -2,7 +2,14 @@
 
 #include "Core/Assert.h"
 #include "OpenGL/Rendering.h"
+#include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
+#include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/Tool.h"
+
+#include <glad/gl.h>
+
+#include <algorithm>
 
 namespace vel {
 
@@ -130,6 +137,125 @@ void ToolList::sort(bool curves, bool transparent, bool rigid)
         for (Element::SubElement const& sub : found->second)
             sorted[size_t(target)].emplace(tool->renderShader(sub.element, state), RenderSubItem{tool, sub, i, tool->material});
     }
+}
+
+// ---- drawing ---------------------------------------------------------------------------
+
+int ToolList::itemId(int i) const
+{
+    Tool const* tool = items[size_t(i)].tool;
+    bool marked = tool->flags & (Tool::FLAG_SELECTED | Tool::FLAG_HIGHLIGHTED);
+    return int(unsigned(i + 1) | (marked ? 0x80000000u : 0u));
+}
+
+namespace {
+
+// The uniforms of the frame that object shaders may read; a program without one ignores it.
+void FrameUniforms()
+{
+    int viewport[4] = {0, 0, 1, 1};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    Shader::setUniform("iGlobalTime", float(Tool::GlobalTime));
+    Shader::setUniform("iResolution", float(viewport[2]), float(viewport[3]), 1.0f);
+    Shader::setUniform("iViewToScreen", Shader::ProjectionMatrix);
+    Shader::setUniform("iScreenToView", Shader::ProjectionMatrixInv);
+    Shader::setUniform("iWorldToScreen", Shader::ProjectionModelViewMatrix);
+    Shader::setUniform("iScreenToWorld", Shader::ProjectionModelViewMatrixInv);
+    Shader::setUniform("iWorldToScreenRotation", Shader::NormalMatrix);
+    Shader::setUniform("iScreenToWorldRotation", Shader::NormalMatrixInv);
+}
+
+} // namespace
+
+template <class Draw>
+void ToolList::walkDraws(TRenderState const& state, int& counter, Draw const& draw) const
+{
+    DrawList const& list = sorted[size_t(state.kind == 1 ? DRAW_TRANSPARENT : DRAW_OPAQUE)];
+    ShaderManager const& manager = ShaderManager::instance();
+    Shader* current = nullptr;
+    bool masked = false;
+    // Elements bind their own vertex arrays; the full-screen passes after the list draw with
+    // the one that was bound before it.
+    GLint previousArray = 0;
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &previousArray);
+    // Equal keys of a multimap are adjacent: one program change per shader.
+    for (auto const& entry : list) {
+        Shader* shader = entry.first;
+        if (!shader)
+            continue; // a kind whose caller binds the program itself
+        if (shader != current) {
+            VEL_ASSERT(shader->enable());
+            FrameUniforms();
+            // The fast programs write only the flags of the normal target: its xyz stay
+            // for the normals the frame derives from depth.
+            bool fast = shader == manager.ShaderMeshRenderFast || shader == manager.ShaderMeshSnakeRenderFast;
+            if (fast != masked) {
+                if (fast)
+                    glColorMaski(2, GL_FALSE, GL_FALSE, GL_FALSE, GL_TRUE);
+                else
+                    glColorMaski(2, GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+                masked = fast;
+            }
+            current = shader;
+        }
+        RenderSubItem const& sub = entry.second;
+        draw(sub, sub.sub.transform * sub.tool->transformRender(matrices[size_t(sub.index)]));
+        ++counter;
+    }
+    if (masked)
+        glColorMaski(2, GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glBindVertexArray(GLuint(previousArray));
+    if (current)
+        current->disable();
+    glUseProgram(0);
+    Shader::id = 0;
+    Shader::Current = nullptr;
+}
+
+void ToolList::render(TRenderState const& state, bool flag, int& counter) const
+{
+    int const first = counter;
+    walkDraws(state, counter, [&](RenderSubItem const& sub, Matrix34<double> const& M) {
+        sub.tool->render(sub.sub.element, state, M, pivot(sub.index), itemId(sub.index), 0, sub.sub.element->id,
+                         sub.tool->id);
+    });
+    if (Rendering::instance().showBoundingBoxes) {
+        counter = first;
+        renderOBBs(state, flag, counter);
+    }
+}
+
+void ToolList::renderOBBs(TRenderState const& state, bool, int& counter) const
+{
+    if (!box)
+        box = std::shared_ptr<Element>(Mesh::Box());
+    // The boxes draw in lines and on both sides: the item's own program, the box's buffers.
+    GLint polygon[2] = {GL_FILL, GL_FILL};
+    glGetIntegerv(GL_POLYGON_MODE, polygon);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    TRenderState lines = state;
+    lines.twoSided = true;
+    box->prepareRender();
+    walkDraws(lines, counter, [&](RenderSubItem const& sub, Matrix34<double> const& M) {
+        Element* element = sub.sub.element;
+        if (element->aabb.empty())
+            element->calculateAABB(Matrix34<double>()); // once: the box is kept with the element
+        AABB const& bounds = element->aabb;
+        if (bounds.empty())
+            return;
+        Vector3<double> size = bounds.max - bounds.min;
+        // A flat shape keeps a sliver of depth, so that the box's matrix stays invertible.
+        double least = 1e-3 * std::max({size.x, size.y, size.z, 1e-6});
+        Matrix3<double> scale(std::max(size.x, least), 0, 0, 0, std::max(size.y, least), 0, 0, 0,
+                              std::max(size.z, least));
+        Matrix34<double> B(scale, (bounds.min + bounds.max) * 0.5);
+        if (!box->renderBegin(lines, false))
+            return;
+        box->render(lines, B * M, itemId(sub.index), 0, sub.sub.element->id, sub.tool->id, sub.tool->material,
+                    sub.tool->renderFlags(), 0.0f);
+        box->renderEnd();
+    });
+    glPolygonMode(GL_FRONT_AND_BACK, GLenum(polygon[0]));
 }
 
 // ---- chasing ---------------------------------------------------------------------------

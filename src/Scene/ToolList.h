@@ -12,7 +12,8 @@
 //
 // sort() turns the entries into draw lists keyed by shader: `sorted[DRAW_OPAQUE]` and
 // `sorted[DRAW_TRANSPARENT]`; the other two belong to the frame's draws and sort leaves the
-// third alone. The draws themselves (render, renderOBBs) come with the frame pipeline.
+// third alone. render() draws one of the two, a shader change at a time; the GL work of a
+// draw is the tools' and elements' (Tool::render, ElementVBO).
 #pragma once
 
 #include "Math/Matrix34.h"
@@ -89,6 +90,15 @@ public:
     // `transparent`; rigid bodies unless `rigid`. With the material styles (6, 7) the
     // transparent entries go to their own list, with any other style all go to the first.
     void sort(bool curves, bool transparent, bool rigid);
+    // Draws the transparent list for kind 1, else the opaque one, then the boxes when the
+    // rendering settings ask for them. Each draw's id is the entry + 1, with the top bit for
+    // a selected or highlighted tool; `counter` counts the draws. Ends with no program in use.
+    void render(TRenderState const& state, bool flag, int& counter) const;
+    // The oriented box of each entry of the same list, drawn in lines with the entry's ids.
+    void renderOBBs(TRenderState const& state, bool flag, int& counter) const;
+    // The id the id buffer receives for entry i.
+    int itemId(int i) const;
+
     // Whether entry i draws in the transparent pass: the element or the tool says so, or
     // the material's alpha is under ALPHA_OPAQUE.
     bool isTransparent(int i) const;
@@ -101,6 +111,9 @@ public:
     Tool* FirstParent(int i) const;
 
 private:
+    // The box renderOBBs draws, made on its first use on the GL thread.
+    mutable std::shared_ptr<Element> box;
+
     // One arena per draw list, so that the third (index 2), which sort leaves alone, keeps its nodes.
     std::array<std::unique_ptr<std::pmr::monotonic_buffer_resource>, 4> arenas;
 
@@ -108,6 +121,10 @@ private:
     void restart(int which);
     void walk(Tool* T, bool skipSelected, Matrix34<double> const& parentWorld, int parentEntry, int index);
     int add(Tool* T, Matrix34<double> const& world, int parentEntry, int index);
+    // The walk of render and renderOBBs: each entry of the list through `draw`, with the
+    // shader of its key made current and given the frame's uniforms.
+    template <class Draw>
+    void walkDraws(TRenderState const& state, int& counter, Draw const& draw) const;
 };
 
 } // namespace vel

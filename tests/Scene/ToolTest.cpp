@@ -1,5 +1,6 @@
 #include "Scene/Tool.h"
 
+#include "OpenGL/Shader.h"
 #include "Scene/Commands/CommandRegisterToolCreation.h"
 #include "Scene/SuperCommand.h"
 #include "SceneTestSupport.h"
@@ -471,6 +472,31 @@ TEST_F(TreeTest, ElementTransformPrecedesTheToolsOwn)
     EXPECT_TRUE(near(V3(3, 0, 0) * t->element_transform(), V3(1, 0, 5)));
     Tool* group = add(root, moveBy(0, 0, 5));
     EXPECT_EQ(group->element_transform(), group->transform());
+}
+
+TEST_F(TreeTest, TransformRenderTakesTheElementsSizeAndFacesTheViewerInModesTwoAndThree)
+{
+    auto element = makeElement();
+    element->scale = 2;
+    Tool* t = new Tool(element, M34::Scale(3) * moveBy(0, 0, 5));
+    root->addChild(t);
+    Matrix34<double> const saved = Shader::ModelViewMatrix;
+    Shader::ModelViewMatrix = M34(Matrix3<double>::Rotation(0.3, 0.7, 0.0) * 2.0, V3(1, 2, 3));
+    for (unsigned char mode : {0, 1, 2, 3}) {
+        t->changeOrientation(mode, false, false);
+        M34 R = t->transformRender(t->transform());
+        EXPECT_TRUE(near(V3(0, 0, 0) * R, V3(0, 0, 5))) << "mode " << int(mode) << ": the place is kept";
+        if (mode < 2) {
+            EXPECT_TRUE(near(V3(2, 0, 0) * R, V3(3, 0, 5))) << "mode " << int(mode);
+            continue;
+        }
+        // Facing: the view undoes the drawn rotation, leaving the size (3 / 2) times the view's (2).
+        Matrix3<double> seen = R.linear() * Shader::ModelViewMatrix.linear();
+        for (int r = 0; r < 3; ++r)
+            for (int c = 0; c < 3; ++c)
+                EXPECT_NEAR(seen(r, c), r == c ? 3.0 : 0.0, 1e-9) << "mode " << int(mode);
+    }
+    Shader::ModelViewMatrix = saved;
 }
 
 // ---- constrained moves and rotations -------------------------------------------------

@@ -43,7 +43,7 @@ void CommandMeshDataType::swap()
     std::swap(mesh->dataType, dataType);
     mesh->materials.swap(materials);
     mesh->uvs.swap(uvs);
-    mesh->dirtyBuffers = ~0u;
+    mesh->set_vbos_dirty(true);
     mesh->update();
 }
 

@@ -34,18 +34,11 @@ std::deque<Vector3<double>> Mesh::Points(Matrix34<double> const& M) const
     return points;
 }
 
-Shader* Mesh::renderShader(TRenderState const&) const
-{
-    return nullptr;
-}
-
 void Mesh::setDataType(int type)
 {
-    VEL_ASSERT_MSG(type >= 0 && type <= 2, "data type is 0 plain, 1 materials, 2 UVs");
-    dataType = type;
+    MeshVBO::setDataType(type);
     materials.resize(type == 1 ? edges.size() : 0);
     uvs.resize(type == 2 ? edges.size() : 0);
-    dirtyBuffers = ~0u;
 }
 
 void Mesh::swap(Mesh& o)
@@ -66,7 +59,8 @@ void Mesh::swap(Mesh& o)
     std::swap(geometryChanged, o.geometryChanged);
     std::swap(hasInactive, o.hasInactive);
     std::swap(repairs, o.repairs);
-    dirtyBuffers = o.dirtyBuffers = ~0u;
+    set_vbos_dirty(true);
+    o.set_vbos_dirty(true);
     update();
     o.update();
 }
@@ -417,7 +411,7 @@ void Mesh::initialize(TResizeStyle style)
         setComponentsPatches();
     }
     update();
-    dirtyBuffers = ~0u;
+    set_vbos_dirty(true);
     geometryChanged = true;
 }
 
@@ -437,7 +431,7 @@ static void finishData(Mesh& m)
     m.buildConnectivity();
     m.setComponentsPatches();
     m.update();
-    m.dirtyBuffers = ~0u;
+    m.set_vbos_dirty(true);
     m.geometryChanged = true;
 }
 
@@ -495,7 +489,7 @@ void Mesh::initializeReconstructSharp(TResizeStyle style)
     calculateSize(style);
     setComponentsPatches();
     update();
-    dirtyBuffers = ~0u;
+    set_vbos_dirty(true);
     geometryChanged = true;
 }
 
@@ -510,7 +504,7 @@ void Mesh::clear()
     hasInactive = false;
     repairs = 0;
     geometryChanged = true;
-    dirtyBuffers = ~0u;
+    set_vbos_dirty(true);
 }
 
 void Mesh::calculateSize(TResizeStyle style)
@@ -557,7 +551,7 @@ void Mesh::calculateNormalsCenters()
 void Mesh::updateGeometry()
 {
     geometryChanged = true;
-    dirtyBuffers |= 1u;
+    set_vbo_dirty(VBO_POSITIONS);
     update();
 }
 

@@ -38,6 +38,7 @@
 // - subdivision, smoothing, welding, local edits ................. MeshOperations.cpp
 // - vertex splits, collapse, relaxing, merging, partial normals .. MeshEdits.cpp
 // - validation ................................................... MeshValidate.cpp
+// - the triangle soup of the vertex buffers ...................... MeshBuffers.cpp
 // - file fields (DataSize, DataWrite, DataRead) .................. MeshData.cpp
 // - OBJ import and export ........................................ MeshFile.cpp
 // - factories (shapes) ........................................... MeshGeometry.cpp
@@ -47,10 +48,10 @@
 #include "Math/Matrix34.h"
 #include "Math/Pbr.h"
 #include "Math/Vector3.h"
-#include "Scene/Element.h"
 #include "Scene/Elements/Mesh/ChunkedSequence.h"
 #include "Scene/Elements/Mesh/MeshEdge.h"
 #include "Scene/Elements/Mesh/MeshFace.h"
+#include "Scene/Elements/Mesh/MeshVBO.h"
 #include "Scene/Elements/Mesh/MeshVert.h"
 
 #include <cstdint>
@@ -70,8 +71,9 @@ struct MeshViolation {
     std::string rule; // e.g. "twin of twin"
 };
 
-// The buffer classes (ElementVBO, then MeshVBO) slot in between Mesh and Element.
-class Mesh : public Element {
+// The buffers (positions, ids, normals, materials) and the programs are MeshVBO's; the mesh
+// fills them from its records in buildGPUData and marks each when its source changes.
+class Mesh : public MeshVBO {
 public:
     // What the last buildConnectivity repaired (bits of `repairs`).
     static constexpr unsigned REPAIRED_NON_MANIFOLD_EDGES = 1;
@@ -81,9 +83,6 @@ public:
     static constexpr int INDEX_MAX = (1 << 26) - 1; // the largest index a 27-bit field holds
     static constexpr int FILE_VERSION_CURRENT = 20230711;
 
-    // ---- Buffer state that MeshVBO takes over ----------------------------------------------
-    unsigned dirtyBuffers = 0;     // bit i: vertex buffer i must be rebuilt
-
     // ---- Records ---------------------------------------------------------------------------
     ChunkedSequence<MeshVert> verts;
     ChunkedSequence<MeshEdge> edges;
@@ -91,7 +90,6 @@ public:
     ChunkedSequence<Pbr> materials; // one per half-edge with data type 1, else empty
     ChunkedSequence<uint32_t> uvs;  // one per half-edge with data type 2, else empty; u low 16 bits, v high
 
-    int dataType = 0;         // 0 plain, 1 per-corner Pbr, 2 per-corner UV
     int triangles = 0;        // sum over faces of sides - 2
     int components = 0;
     int patches = 0;
@@ -107,15 +105,15 @@ public:
     // ---- Element protocol ------------------------------------------------------------------
     int Type() const override { return 1; }
     unsigned BlockId() const override { return 0xe0000001u; }
-    int getDataType() const override { return dataType; }
     bool empty() const override { return faces.size() == 0; }
     void calculateAABB(Matrix34<double> const& M) override;
     Mesh* clone() override { return new Mesh(*this); }
     std::deque<Vector3<double>> Points(Matrix34<double> const& M) const override;
     bool ConvertibleToMesh() const override { return true; }
     Mesh* ToMesh() override { return this; }
-    // The mesh programs are chosen by the buffer classes; until they slot in, none.
-    Shader* renderShader(TRenderState const& state) const override;
+    // Expands the faces (fans from each face's first corner) into the dirty buffers and
+    // uploads them; a buffer that is clean is left alone.
+    bool buildGPUData() override;
     // File fields: see MeshData.cpp. DataWrite writes the block id and DataSize() first.
     int DataSize() const override;
     void DataWrite(OFile& out, unsigned blockId) const;
@@ -341,25 +339,17 @@ public:
 
     // ---- Slots of the buffer and sculpt levels (MeshEdits.cpp) -----------------------------
     // Vertices of the triangle soup the buffers hold: three per triangle.
-    virtual int points_count() const;
+    int points_count() const override;
     // One sample of a stroke: phase 0 begin, 1 progress, 2 end. The brushes are not part of
     // the kernel yet: a step checks its arguments and leaves the mesh as it is, so a stroke
     // through this entry is a no-op rather than a partial edit.
-    virtual void sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase);
-    // Buffers of this level: none until the buffer class slots in (it answers 6).
-    virtual int vbos_count() const { return 0; }
-    // Data type 1 carries a material per corner, 2 a UV per corner.
-    virtual bool hasPbr() const { return dataType == 1; }
-    virtual bool hasUVs() const { return dataType == 2; }
-    virtual void setDataType(int type);
-    virtual void reset_vaos() {}
-    virtual bool vbos_dirty() const { return dirtyBuffers != 0; }
-    virtual void set_vbos_dirty(bool dirty) { dirtyBuffers = dirty ? ~0u : 0u; }
-    virtual void reset_vbos() { dirtyBuffers = ~0u; }
+    void sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase) override;
+    // Data type 1 carries a material per corner, 2 a UV per corner; the corner arrays follow.
+    void setDataType(int type) override;
     // The smoothing target of one vertex for the smooth brush: an anchor stays; a smooth
     // vertex goes to the mean of its ring; a sharp one to the mean of its neighbours along
     // sharp or border edges, and stays when there are more than two (or none).
-    virtual Vector3<float> PointSculptSmooth(int v) const;
+    Vector3<float> PointSculptSmooth(int v) const override;
 
 private:
     // buildConnectivity; with `sharpFromNormals`, buildSharpness runs once pairs are known, so

@@ -379,7 +379,7 @@ void Mesh::setComponentsPatches()
         if (faces[f].patch < 0)
             flood(f, true, patches++);
     }
-    dirtyBuffers |= 4u;
+    set_vbo_dirty(VBO_IDS);
 }
 
 // ---- removeInactive ---------------------------------------------------------------------------
@@ -442,7 +442,7 @@ void Mesh::removeInactive(bool force)
         materials.resize(ne);
     if (dataType == 2)
         uvs.resize(ne);
-    dirtyBuffers = ~0u;
+    set_vbos_dirty(true);
 }
 
 } // namespace vel

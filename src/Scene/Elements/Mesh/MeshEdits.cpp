@@ -427,7 +427,7 @@ void Mesh::updateNormals(std::vector<int> const& touched)
         });
     for (int v : affected)
         vertNormals(v, normals);
-    dirtyBuffers |= 2u;
+    set_vbo_dirty(VBO_NORMALS);
 }
 
 // ---- sculpt and buffer slots ------------------------------------------------------------------

@@ -44,7 +44,7 @@ void Mesh::calculateNormals()
     for (std::size_t v = 0; v < verts.size(); ++v)
         if (verts[v].is(MeshVert::ACTIVE))
             vertNormals(int(v), normals);
-    dirtyBuffers |= 2u;
+    set_vbo_dirty(VBO_NORMALS);
 }
 
 void Mesh::vertNormals(int v, Vector3<float> const* faceNormals)

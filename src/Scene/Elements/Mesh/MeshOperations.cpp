@@ -405,7 +405,7 @@ void Mesh::triangulate(bool fan)
     std::size_t nf = faces.size();
     for (std::size_t f = 0; f < nf; ++f)
         faceTriangulateFan(int(f), true);
-    dirtyBuffers = ~0u;
+    set_vbos_dirty(true);
 }
 
 // The ring r0 .. r(n-1), ri from p(i) to p(i+1), becomes triangles (p0, pk, pk+1): the face
