@@ -136,6 +136,9 @@ bool GLView::MainLoopPreRender(double totalTime, double dt)
 FBO* GLView::MainLoopRender(double dt)
 {
     (void)dt;
+    // The first frame looks at what the start put into the scene.
+    if (frame == 0)
+        viewAll();
     // The half-size setting may have changed since the last resize.
     resize(windowWidth, windowHeight);
     render();
@@ -153,6 +156,18 @@ void GLView::MainLoopPostRender()
 
 // ---------------------------------------------------------------------------------------------
 // The frame
+
+void GLView::viewAll()
+{
+    Scene& scene = Scene::instance();
+    scene.fit(1.0);
+    double const half = Rendering::instance().FieldOfView * M_PI / 360.0;
+    camera.position = scene.centre;
+    camera.distance = std::max(scene.radius, 1e-3) / std::sin(half) * 1.1;
+    // Depth precision goes with the ratio far / near.
+    zNear = float(camera.distance * 0.01);
+    zFar = float(camera.distance * 100.0);
+}
 
 Vector2<float> GLView::jitter() const
 {

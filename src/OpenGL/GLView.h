@@ -106,6 +106,10 @@ public:
     // The camera turned by `angle` radians about the vertical.
     void turn(double angle);
 
+    // Frames the whole scene (Scene::fit): the camera looks at its centre from where the
+    // field of view holds it, and the depth range follows the distance.
+    void viewAll();
+
     // ---- the frame
     void render();
     // The Shader transforms of the camera at the targets' size; the frame's pass (`overlay`

@@ -86,6 +86,7 @@ protected:
     {
         GLResourceTest::SetUp();
         saved = Rendering::instance().style;
+        Rendering::instance().openResources(); // the default matcap
         visual.reset(new GLVisual(W, H));
     }
     void TearDown() override
@@ -93,6 +94,7 @@ protected:
         Rendering::instance().style = saved;
         Rendering::instance().glow = 1.0f;
         visual.reset();
+        Rendering::instance().closeResources();
         GLResourceTest::TearDown();
     }
     // Clears and paints the G-buffer for `style`, then composites.
@@ -172,12 +174,15 @@ TEST_F(GLVisualTest, EachStyleHasItsLook)
 
 TEST_F(GLVisualTest, DepthAndMatcapStylesFollowTheSurface)
 {
-    // Depth: black background, the nearer sphere darker than the farther back face.
+    // Depth: black background; the drawn depths span the greys, from the sphere's apex (the
+    // nearest) to the back face (the farthest), the curve between.
     std::vector<float> depth = Composite(1, {SPHERE, BACK, CURVE});
     ExpectMatchesReference(depth, W, H, "style_depth");
     ExpectNear(At(depth, W, 0, 0), {0, 0, 0}, 0.01f, "depth background");
-    EXPECT_LT(At(depth, W, SX, SY).x, At(depth, W, BX, BY).x);
-    EXPECT_GT(At(depth, W, SX, SY).x, 0.0f);
+    EXPECT_NEAR(At(depth, W, SX, SY).x, 0.0f, 0.02f);
+    EXPECT_NEAR(At(depth, W, BX, BY).x, 1.0f, 0.02f);
+    EXPECT_GT(At(depth, W, CX, CY).x, 0.1f);
+    EXPECT_LT(At(depth, W, CX, CY).x, 0.9f);
     // Matcap: brightest where the normal meets the capture's highlight, the sphere's rim
     // towards the light brighter than the rim away from it.
     std::vector<float> matcap = Composite(5, {SPHERE, BACK, CURVE});
