@@ -421,9 +421,14 @@ void GLView::renderHints()
         Vector3<double> const y = n.cross(x);
         double const pixels = Shader::Lens > 0 ? brushRadius * Shader::Lens / camera.distance
                                                 : brushRadius * this->height * 0.5 / Shader::ViewSize;
-        gl_Depth_Test.set(false);
+        // The circle lies on the surface it paints: it is kept in front of everything (depth
+        // 0), so that the merge by depth shows all of it.
+        glDepthFunc(GL_ALWAYS);
+        glDepthRange(0.0, 0.0);
         GLCircle(brushCenter, x, y, brushRadius, pixels > BRUSH_LARGE_PIXELS ? BRUSH_SEGMENTS_LARGE : BRUSH_SEGMENTS,
                  {1.0f, 1.0f, 1.0f, 1.0f});
+        glDepthRange(0.0, 1.0);
+        glDepthFunc(GL_LESS);
     }
     glDisable(GL_BLEND);
     gl_Depth_Test.set(false);

@@ -67,8 +67,9 @@ public:
     int samples = 0;          // frames to average without a save; 0: none
     // The overlay target: colour and depth of the hints, merged with the picture by depth.
     Shared<FBO> HintsLayer;
-    bool showGrid = true;
-    bool showAxes = true;
+    // The ground grid and the axes: off until the interface has its switches for them.
+    bool showGrid = false;
+    bool showAxes = false;
     // The brush circle, drawn while a brush is over a surface.
     bool brushVisible = false;
     Vector3<double> brushCenter;

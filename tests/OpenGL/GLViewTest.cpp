@@ -189,6 +189,39 @@ TEST_F(GLViewTest, AShadowFallsUnderTheOccluder)
     }
 }
 
+TEST_F(GLViewTest, HintsDrawTheGridAxesAndBrushOverThePicture)
+{
+    Rendering::instance().style = 4;
+    // What the widget is handed: RGBA8, with the hints merged in.
+    auto shown = [&] {
+        Frame();
+        EXPECT_TRUE(view->image->enableRead());
+        return ReadColor(GL_COLOR_ATTACHMENT0, W, H);
+    };
+    auto count = [](std::vector<unsigned char> const& p, auto&& test) {
+        int n = 0;
+        for (size_t i = 0; i < p.size(); i += 4)
+            n += test(p[i], p[i + 1], p[i + 2]) ? 1 : 0;
+        return n;
+    };
+    std::vector<unsigned char> plain = shown();
+    EXPECT_EQ(count(plain, [&](int r, int g, int b) { return r != plain[0] || g != plain[1] || b != plain[2]; }), 0);
+    view->showGrid = view->showAxes = true;
+    std::vector<unsigned char> grid = shown();
+    EXPECT_GT(count(grid, [](int r, int g, int b) { return r > g + 60 && r > b + 60; }), 3) << "no x axis";
+    EXPECT_GT(count(grid, [](int r, int g, int b) { return b > r + 60 && b > g + 60; }), 3) << "no z axis";
+    view->showGrid = view->showAxes = false;
+    // The brush: a white ring about the origin, facing the camera, empty inside.
+    view->brushVisible = true;
+    view->brushCenter = {0, 0, 0};
+    view->brushNormal = view->camera.eye() - view->camera.position;
+    view->brushRadius = view->camera.distance * 0.15;
+    std::vector<unsigned char> brush = shown();
+    EXPECT_GT(count(brush, [](int r, int g, int b) { return r > 250 && g > 250 && b > 250; }), 8);
+    unsigned char const* middle = &brush[size_t((H / 2 * W + W / 2) * 4)];
+    EXPECT_EQ(middle[0], plain[0]) << "the circle is filled";
+}
+
 TEST_F(GLViewTest, RenderToFileWritesTheMeanOfNSamplesAfterNFrames)
 {
     QTemporaryDir dir;
