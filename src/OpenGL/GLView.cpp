@@ -15,6 +15,7 @@
 #include "OpenGL/TextureCube.h"
 #include "Scene/Element.h"
 #include "Scene/Scene.h"
+#include "Scene/Tool.h"
 
 #include <glad/gl.h>
 
@@ -184,6 +185,13 @@ void GLView::buildMatricesInViewport(bool overlay)
     buildMatrices(camera, overlay ? Vector2<float>() : jitter());
 }
 
+void GLView::prepareElements(ToolList& list)
+{
+    for (RenderItem const& item : list.items)
+        if (item.element && prepared.insert(item.element).second)
+            item.tool->prepareRender(item.element);
+}
+
 void GLView::render()
 {
     Rendering const& r = Rendering::instance();
@@ -194,6 +202,9 @@ void GLView::render()
     // the drawing gestures, the tools they make).
     scene.toMap();
     scene.toList(true, true);
+    prepared.clear();
+    prepareElements(scene.list);
+    prepareElements(scene.temporary);
     // 3. Highlights of hovered and selected tools: with picking.
     // 4. The light of the frame, turning with RotateLight.
     // 5.

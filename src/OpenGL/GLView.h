@@ -26,9 +26,11 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <unordered_set>
 
 namespace vel {
 
+class Element;
 class TextureCube;
 class Tool;
 class ToolList;
@@ -139,6 +141,9 @@ public:
     void saveImage(std::string const& path, int samples);
 
 private:
+    // Lets each element of the list upload what changed, once however many tools show it.
+    void prepareElements(ToolList& list);
+    std::unordered_set<Element*> prepared; // this frame's, kept for its buckets
     void accumulate();
     void finishSave();
     void ensureShadowTargets();

@@ -7,7 +7,10 @@
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/TextureCube.h"
+#include "Scene/Elements/Mesh/Mesh.h"
+#include "Scene/Root.h"
 #include "Scene/Scene.h"
+#include "Scene/Tool.h"
 
 #include <QFile>
 #include <QImage>
@@ -77,6 +80,29 @@ TEST_F(GLViewTest, AnEmptySceneClearsAndCompositesTheBackground)
             EXPECT_NEAR(got.z, want.z, 0.01f) << "style " << style;
         }
     }
+}
+
+TEST_F(GLViewTest, AMeshSceneIsDrawnInEveryStyle)
+{
+    Rendering& r = Rendering::instance();
+    r.openResources();
+    (new Tool(Shared<Element>(Mesh::Box().release())))->addToParent(Scene::instance().root);
+    view->viewAll();
+    for (int style = 0; style < 8; ++style) {
+        r.style = style;
+        std::vector<float> pixels = Frame();
+        Vector4<float> middle = At(pixels, W, W / 2, H / 2), corner = At(pixels, W, 0, 0);
+        float difference = std::abs(middle.x - corner.x) + std::abs(middle.y - corner.y) + std::abs(middle.z - corner.z);
+        EXPECT_GT(difference, 0.05f) << "style " << style << ": the box is not in the middle";
+    }
+    // The ids under the middle name the box's entry.
+    ASSERT_TRUE(view->Layers->enableRead());
+    glReadBuffer(GL_COLOR_ATTACHMENT0);
+    int ids[4] = {};
+    glReadPixels(W / 2, H / 2, 1, 1, GL_RGBA_INTEGER, GL_INT, ids);
+    EXPECT_EQ(ids[0] & 0xffff, 1);
+    Scene::instance().init(false);
+    r.closeResources();
 }
 
 TEST_F(GLViewTest, SizesFollowTheWindowHalfSizeAndAMinimisedWindow)
