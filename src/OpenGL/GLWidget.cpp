@@ -390,7 +390,7 @@ void GLWidget::drawNavigation()
     glViewport(0, 0, NAVIGATION_SIZE, NAVIGATION_SIZE);
     glClearColor(NAVIGATION_GREY, NAVIGATION_GREY, NAVIGATION_GREY, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT);
-    Shader::ProjectionModelViewMatrix = XYZSphere::Transform(view->rotation);
+    Shader::ProjectionModelViewMatrix = XYZSphere::Transform(view->camera.rotation);
     XYZSphere::instance().render();
     glViewport(0, 0, deviceWidth, deviceHeight);
 }

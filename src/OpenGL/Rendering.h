@@ -1,9 +1,10 @@
 // Rendering: the scene-wide render settings, a singleton that travels in scene files.
 //
-// So far only what listing and sorting the scene read. The frame pipeline adds the rest
-// (depth test, wireframe, the screen effects, light, camera) as its passes land.
+// Listing and sorting the scene read the first group; the frame pipeline reads the second.
 #pragma once
 
+#include "Math/Vector3.h"
+#include "Math/Vector4.h"
 #include "Memory/Shared.h"
 #include "Memory/Singleton.h"
 #include "Scene/Elements/TRenderState.h"
@@ -33,6 +34,56 @@ public:
     // The frame loop's clocks.
     float fps = 0.0f;       // frames per second over the last ten frames
     double idleTime = 0.0;  // seconds since the viewport last changed
+
+    // ---- the frame pipeline (labels of the settings panel in quotes)
+    bool DepthTest = true;       // "Depth Test": depth test during the G-buffer pass
+    bool wireframe = false;      // lines instead of faces; also switches SSAO, SSSS, SSR and fog off
+    bool EdgeDetect = false;     // "Edge Detect"
+    float contours = 1.0f;       // "Contours "
+    bool ScreenSpaceAmbientOcclusion = false; // "SSAO     "
+    float ssaoStrength = 1.0f;
+    bool ssss = false;           // "SSSS     "
+    float ssssStrength = 1.0f;
+    bool ScreenSpaceReflection = false; // "SSR      "
+    float ssrStrength = 0.5f;
+    int ssrRays = 8;             // "SSR Rays "
+    bool fog = false;            // "Fog      "
+    float fogStrength = 0.5f;
+    float shadow = 0.0f;         // "Shadow   ": shadow strength, 0 for no shadow pass
+    bool light = false;          // the light is on: shadows fall from LightSource
+    Vector3<float> LightSource{0.0f, 1000.0f, 0.0f}; // "Light    ": world position
+    float RotateLight = 0.0f;    // "Rotate   ": radians per second about the vertical
+    float noise = 0.0f;          // "Noise    ": film noise strength
+    float jitter = 1.0f;         // "Jitter   ": sub-pixel jitter, in pixels, while accumulating
+    float dofSize = 0.0f;        // "DOF Size "
+    float glow = 1.0f;           // "Glow     "
+    float bloom = 0.0f;          // "Bloom    "
+    float exposure = 1.0f;       // "Exposure "
+    // "Tonemap  ": 0 no tonemap pass, 1 gamma and exposure, 2 also the curve that
+    // c / (1.001 - c) undoes.
+    int tonemap = 0;
+    float gamma = 2.2f;          // "Gamma    "
+    bool LensChromaticAberration = false; // "Lens Chr."
+    float chroma = 0.0f;         // "A Chroma ": per-channel shift inside transparent surfaces
+    float FieldOfView = 45.0f;   // "FOV      ": vertical, in degrees
+    int cameraType = 0;          // "Type     ": 0 perspective, 1 orthographic
+    bool LimitFramesPerSecond = false; // "Limit FPS"
+    bool Turntable = false;      // "Turntable  "
+    bool HalfsizeViewport = false; // "Halfsize   ": every target at half the window size
+    bool ObjectShadersActive = true;
+    bool ShaderLayersActive = true;
+    bool autoDepthRange = true;  // the depth style spans the drawn depths
+    bool objectTypes = false;    // tint curves, bones and rigid bodies by type
+    bool showEnvironment = false; // the sky box fills the background of styles 6 and 7
+    bool transparentBackground = false;
+    Vector4<float> background{0.28f, 0.28f, 0.28f, 1.0f}; // as the user chose it
+
+    // The clear colour of the G-buffer's colour target, so that the background comes out of
+    // the post chain as `background`: black for the style depth, (0.5, 0.5, 1) for normals;
+    // with styles 6 and 7 the inverse of the tonemap pass's gamma, curve and exposure (none
+    // while that pass is off). Alpha 0 when the
+    // background is transparent.
+    Vector4<float> clearColor() const;
 
     // ---- image-based light (textures from TextureManager; forward-declared, so that the scene
     // model including this header sees no GL)

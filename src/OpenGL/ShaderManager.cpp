@@ -22,6 +22,32 @@ ShaderManager::ShaderManager()
     ShaderFillVec4 = builtin(FromFile(Path("FillVec4")));
     ShaderXYZSphere = builtin(FromFile(Path("XYZSphere")));
 
+    // Frame pipeline.
+    ShaderCompositFlat = builtin(FromFile(Path("CompositFlat")));
+    ShaderCompositFlatBack = builtin(FromFile(Path("CompositFlatBack")));
+    ShaderCompositIDs = builtin(FromFile(Path("CompositIDs")));
+    ShaderCompositShaded = builtin(FromFile(Path("CompositShaded")));
+    ShaderCompositShadedBack = builtin(FromFile(Path("CompositShadedBack")));
+    ShaderCompositNormals = builtin(FromFile(Path("CompositNormals")));
+    ShaderCompositMatCap = builtin(FromFile(Path("CompositMatCap")));
+    ShaderCompositMatCapBackFace = builtin(FromFile(Path("CompositMatCap"), "", "BACKFACE"));
+    ShaderCompositColor = builtin(FromFile(Path("CompositColor")));
+    ShaderCompositColorGlow = builtin(FromFile(Path("CompositColor"), "", "GLOW"));
+    ShaderCompositPBR = builtin(FromFile(Path("CompositPBR")));
+    ShaderCompositPBRGlow = builtin(FromFile(Path("CompositPBR"), "", "GLOW"));
+    ShaderDepthMapOrthogonal = builtin(FromFile(Path("DepthMapOrthogonal")));
+    ShaderDepthMapPerspective = builtin(FromFile(Path("DepthMapPerspective")));
+    ShaderObjectType = builtin(FromFile(Path("ObjectType")));
+    ShaderMixRefract = builtin(FromFile(Path("MixRefract")));
+    ShaderMixRefractChroma = builtin(FromFile(Path("MixRefract"), "", "CHROMA"));
+    ShaderMixRefractGlow = builtin(FromFile(Path("MixRefract"), "", "GLOW"));
+    ShaderMixRefractGlowChroma = builtin(FromFile(Path("MixRefract"), "", "GLOW CHROMA"));
+    ShaderMixRefractTestOpaque = builtin(FromFile(Path("MixRefractTestOpaque")));
+    ShaderShadowComposit = builtin(FromFile(Path("ShadowComposit")));
+    ShaderSegment = builtin(FromFile(Path("Segment")));
+    ShaderPoint = builtin(FromFile(Path("Point")));
+    ShaderDrawCircle = builtin(FromFile(Path("Curve/DrawCircle")));
+    ShaderDrawSegment = builtin(FromFile(Path("Curve/DrawSegment")));
     // ---- the filter family (GLFilters) and the environment cube (Environment)
     ShaderMirrorVertical = builtin(FromFile(Path("MirrorVertical")));
     ShaderFilterClamp = builtin(FromFile(Path("Filters/FilterClamp")));

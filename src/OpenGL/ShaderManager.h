@@ -33,6 +33,32 @@ public:
     Shader* ShaderFillVec4 = nullptr;    // "FillVec4": the uniform "Color" everywhere
     Shader* ShaderXYZSphere = nullptr;   // "XYZSphere": the navigation sphere
 
+    // ---- frame pipeline: composites, transparency, shadows, hints
+    Shader* ShaderCompositFlat = nullptr;          // front faces in one colour, background elsewhere
+    Shader* ShaderCompositFlatBack = nullptr;      // back faces in their colour
+    Shader* ShaderCompositIDs = nullptr;           // a colour per object id
+    Shader* ShaderCompositShaded = nullptr;        // clay lit from the camera, front faces
+    Shader* ShaderCompositShadedBack = nullptr;    // the same, back faces
+    Shader* ShaderCompositNormals = nullptr;       // view normals as colour
+    Shader* ShaderCompositMatCap = nullptr;        // material capture, front faces
+    Shader* ShaderCompositMatCapBackFace = nullptr; // BACKFACE: back faces
+    Shader* ShaderCompositColor = nullptr;         // albedo, lit where FLAG_LIT
+    Shader* ShaderCompositColorGlow = nullptr;     // GLOW: plus the light channel
+    Shader* ShaderCompositPBR = nullptr;           // image-based light
+    Shader* ShaderCompositPBRGlow = nullptr;       // GLOW: plus the light channel
+    Shader* ShaderDepthMapOrthogonal = nullptr;    // depth as grey, orthographic camera
+    Shader* ShaderDepthMapPerspective = nullptr;   // depth as grey, perspective camera
+    Shader* ShaderObjectType = nullptr;            // tint by object type
+    Shader* ShaderMixRefract = nullptr;            // transparent over opaque, refracted
+    Shader* ShaderMixRefractChroma = nullptr;      // CHROMA: a lens shift per channel
+    Shader* ShaderMixRefractGlow = nullptr;        // GLOW: transparent light added
+    Shader* ShaderMixRefractGlowChroma = nullptr;  // both
+    Shader* ShaderMixRefractTestOpaque = nullptr;  // the refracted background alone
+    Shader* ShaderShadowComposit = nullptr;        // shadow of the light's depth cube
+    Shader* ShaderSegment = nullptr;               // one line
+    Shader* ShaderPoint = nullptr;                 // a square of pixels around a point
+    Shader* ShaderDrawCircle = nullptr;            // "Curve/DrawCircle": a line loop
+    Shader* ShaderDrawSegment = nullptr;           // "Curve/DrawSegment": instanced parallel lines
     // ---- the filter family (GLFilters) and the environment cube (Environment)
     Shader* ShaderMirrorVertical = nullptr;
     Shader* ShaderFilterClamp = nullptr;

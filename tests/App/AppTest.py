@@ -246,6 +246,33 @@ def scenario_hidpi(app):
     check(app.wait_exit() == 0, "the application did not end cleanly")
 
 
+def pixel(png, x, y):
+    out = subprocess.run(["convert", png, "-crop", "1x1+%d+%d" % (x, y), "+repage", "-format",
+                          "%[fx:int(255*r)],%[fx:int(255*g)],%[fx:int(255*b)]", "info:"],
+                         check=True, capture_output=True, text=True).stdout
+    return tuple(int(v) for v in out.split(","))
+
+
+def scenario_scene(app):
+    """A scene of one mesh (the test hook's box) is drawn: the first frame frames the scene, so
+    the middle of the view is the box, shaded, and the stage around it keeps its colour."""
+    app.start()
+    app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    app.key("Escape")
+    app.wait_for("the start window to close", lambda s: s.get("start") == "3" and s.get("popup") == "0")
+    time.sleep(1)
+    png = app.shot("scene")
+    stage = pixel(png, 150, 150)
+    middle = [pixel(png, 640 + dx, 400 + dy) for dx in (-40, 0, 40) for dy in (-40, 0, 40)]
+    drawn = sum(1 for p in middle if max(abs(a - b) for a, b in zip(p, stage)) > 24)
+    check(drawn == len(middle), "the mesh is not in the middle of the view: %r against the stage %r"
+          % (middle, stage))
+    check(colors(png, 560, 320, 160, 160) > 3, "the mesh is drawn without shading")
+    check(colors(png, 20, 300, 100, 200) == 1, "the stage beside the mesh is not one colour")
+    app.process.kill()
+    app.process.wait()
+
+
 def write_config(app, body):
     with open(os.path.join(app.folder, "vellumbra.xml"), "w") as f:
         f.write(body)
@@ -390,7 +417,7 @@ def main():
     scenario, exe = sys.argv[1], os.path.abspath(sys.argv[2])
     folder = tempfile.mkdtemp(prefix="vellumbra-%s-" % scenario)
     display = Display()
-    app = App(exe, display, folder, scene=(scenario == "close"))
+    app = App(exe, display, folder, scene=(scenario in ("close", "scene")))
     try:
         globals()["scenario_" + scenario](app)
     except Failure as failure:

@@ -1,0 +1,57 @@
+// MixRefractMix: the fragment stage of "MixRefract" and "MixRefractTestOpaque" (with
+// TEST_OPAQUE: the displaced, blurred opaque picture alone); see "MixRefract".
+uniform sampler2D Opaques[5];
+uniform sampler2D Transparent;
+uniform sampler2D OpaqueDepth;
+uniform sampler2D TransparentDepth;
+uniform sampler2D Refraction; // thickness in alpha
+uniform sampler2D Normal;     // view normals of the transparent surfaces
+uniform sampler2D Material;   // roughness, metalness of the transparent surfaces
+uniform sampler2D Light;
+uniform vec2 wh;              // the displacement of a unit normal at unit thickness, in texture units
+uniform float chroma;
+uniform float glowStrength;
+in vec2 vUV;
+out vec4 oColor;
+// GLSL 3.30 indexes sampler arrays by constants only.
+vec4 level(int i, vec2 uv)
+{
+    if (i <= 0)
+        return texture(Opaques[0], uv);
+    if (i == 1)
+        return texture(Opaques[1], uv);
+    if (i == 2)
+        return texture(Opaques[2], uv);
+    if (i == 3)
+        return texture(Opaques[3], uv);
+    return texture(Opaques[4], uv);
+}
+vec4 blurred(vec2 uv, float r)
+{
+    int i = int(floor(r));
+    return mix(level(i, uv), level(i + 1, uv), fract(r));
+}
+void main()
+{
+    // A transparent surface behind the opaque one is hidden by it.
+    bool visible = texture(TransparentDepth, vUV).r < texture(OpaqueDepth, vUV).r;
+    float alpha = texture(Transparent, vUV).a;
+    vec2 N = alpha > 0.0 && visible ? texture(Refraction, vUV).a * wh * texture(Normal, vUV).xy : vec2(0.0);
+    float r = sqrt(clamp(texture(Material, vUV).r, 0.0, 1.0)) * 4.0;
+    r = alpha > 0.0 && visible ? r : 0.0;
+    vec4 opaque = blurred(vUV - N, r);
+#ifdef CHROMA
+    opaque.r = blurred(vUV - N * (1.0 - chroma), r).r;
+    opaque.b = blurred(vUV - N * (1.0 + chroma), r).b;
+#endif
+#ifdef TEST_OPAQUE
+    oColor = vec4(opaque.rgb, 1.0);
+#else
+    vec4 front = texture(Transparent, vUV);
+    front.a *= float(visible);
+#ifdef GLOW
+    opaque.rgb += texture(Light, vUV).rgb * glowStrength * front.a;
+#endif
+    oColor = vec4(mix(opaque.rgb, front.rgb, front.a), 1.0);
+#endif
+}

@@ -1,0 +1,471 @@
+#include "OpenGL/GLVisual.h"
+
+#include "Core/Assert.h"
+#include "OpenGL/Camera.h"
+#include "OpenGL/Environment.h"
+#include "OpenGL/FBOTexture.h"
+#include "OpenGL/GLFilters.h"
+#include "OpenGL/GLFunctions.h"
+#include "OpenGL/GLMachine.h"
+#include "OpenGL/GLState.h"
+#include "OpenGL/Rendering.h"
+#include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
+#include "OpenGL/TextureCube.h"
+#include "Scene/ToolList.h"
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <utility>
+#include <vector>
+
+namespace vel {
+
+namespace {
+
+constexpr float AMBIENT = 0.25f;           // light floor of the shaded styles
+constexpr float REFRACTION_PIXELS = 32.0f; // displacement of a unit normal at unit thickness
+Vector4<float> const COLOR_FRONT{0.8f, 0.8f, 0.8f, 1.0f};
+Vector4<float> const COLOR_BACK{0.55f, 0.4f, 0.35f, 1.0f};
+// Towards the light of the shaded styles, in view space: above and left of the camera.
+Vector3<float> LightDirection()
+{
+    return Vector3<float>(-0.3f, 0.5f, 1.0f).normalize();
+}
+
+using Samplers = std::initializer_list<std::pair<char const*, Texture*>>;
+
+// One full-screen draw of `shader` with `textures` bound under their sampler names; `uniforms`
+// sets the rest once the program is in use.
+template <class Uniforms>
+void FullScreen(Shader* shader, Samplers textures, Uniforms&& uniforms)
+{
+    GLMachine m;
+    m.add(shader);
+    for (auto const& t : textures)
+        m.add(t.second);
+    VEL_ASSERT(m.enable());
+    for (auto const& t : textures)
+        Shader::setUniform(t.first, t.second->activeTexture());
+    uniforms();
+    GLFill();
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Construction and size
+
+GLVisual::GLVisual(int width, int height)
+    : GLComposit(width, height, false)
+    , Transparent(new GLComposit(width, height, false))
+    , ShaderLayersFbo(new FBO(dsNone, width, height))
+    , Blur0(new FBO(dsNone, std::max(1, width / BlurDivisor), std::max(1, height / BlurDivisor)))
+{
+    ShaderLayersFbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    for (int i = 0; i <= OpaquesMax; ++i)
+        Blur0->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+}
+
+GLVisual::~GLVisual() = default;
+
+bool GLVisual::resize(int w, int h)
+{
+    bool changed = GLComposit::resize(w, h);
+    changed = ShaderLayersFbo->resize(w, h) || changed;
+    changed = Transparent->resize(w, h) || changed;
+    changed = Blur0->resize(std::max(1, w / BlurDivisor), std::max(1, h / BlurDivisor)) || changed;
+    return changed;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Matrices
+
+void GLVisual::buildMatrices(Camera const& camera, Vector2<float> const& offset)
+{
+    Rendering const& r = Rendering::instance();
+    double const w = double(this->width), h = double(this->height);
+    double const aspect = w / h;
+    double const n = zNear, f = zFar;
+    Matrix4<double> P;
+    // Row-vector projections: clip = [x y z 1] P; the camera looks along -z.
+    if (r.cameraType == 1) {
+        // Orthographic: the view shows the height that the perspective view shows at the
+        // camera's distance, so that switching keeps the object's size.
+        double const half = camera.distance * std::tan(r.FieldOfView * M_PI / 360.0);
+        Shader::ViewSize = float(half);
+        Shader::Lens = 0.0f;
+        P.m[0] = 1.0 / (half * aspect);
+        P.m[5] = 1.0 / half;
+        P.m[10] = -2.0 / (f - n);
+        P.m[14] = -(f + n) / (f - n);
+    } else {
+        double const cot = 1.0 / std::tan(r.FieldOfView * M_PI / 360.0);
+        Shader::ViewSize = float(camera.distance / cot);
+        Shader::Lens = float(cot * h * 0.5);
+        P.m[0] = cot / aspect;
+        P.m[5] = cot;
+        P.m[10] = (f + n) / (n - f);
+        P.m[11] = -1.0;
+        P.m[14] = 2.0 * f * n / (n - f);
+        P.m[15] = 0.0;
+    }
+    // The jitter moves the picture in clip space: offset pixels are 2 offset / size there.
+    Matrix4<double> O;
+    O.m[12] = 2.0 * offset.x / w;
+    O.m[13] = 2.0 * offset.y / h;
+    Shader::ProjectionOffset = O;
+    Shader::ProjectionMatrix = P;
+    Shader::ProjectionMatrixInv = inv(P);
+    Shader::ProjectionOffsetMatrix = P * O;
+    Shader::ModelMatrix = Matrix34<double>();
+    Shader::ModelViewMatrix = camera.modelView();
+    Shader::ModelViewMatrixInv = inv(Shader::ModelViewMatrix);
+    Shader::NormalMatrix = Shader::ModelViewMatrix.linear();
+    Shader::NormalMatrixInv = inv(Shader::NormalMatrix);
+    // What the draws use: the jittered projection.
+    Shader::ProjectionModelViewMatrix = Matrix4<double>(Shader::ModelViewMatrix) * Shader::ProjectionOffsetMatrix;
+    Shader::ProjectionOffsetModelViewMatrix = Shader::ProjectionModelViewMatrix;
+    Shader::ProjectionModelViewMatrixInv = inv(Shader::ProjectionModelViewMatrix);
+    Shader::PMVSign = Shader::ModelViewMatrix.determinant() < 0 ? -1.0f : 1.0f;
+}
+
+Vector3<float> GLVisual::whLens() const
+{
+    return {this->width * 0.5f, this->height * 0.5f, Shader::Lens};
+}
+
+// ---------------------------------------------------------------------------------------------
+// Object passes
+
+void GLVisual::renderClear()
+{
+    Rendering const& r = Rendering::instance();
+    Layers->renderClear(r.renderState(Rendering::hasMaterials(r.style) ? 0 : GLLayer::KIND_PLAIN), nullptr);
+    contentFlags.reset();
+    objectCalls = 0;
+}
+
+void GLVisual::renderObjects(ToolList& list, bool clear, bool third)
+{
+    Rendering const& r = Rendering::instance();
+    if (!Rendering::hasMaterials(r.style)) {
+        TRenderState state = r.renderState(GLLayer::KIND_PLAIN);
+        state.third = third;
+        Layers->render(state, false, list, nullptr);
+        if (objectCalls < LISTS)
+            contentFlags[size_t(2 * objectCalls)] = !list.sorted[ToolList::DRAW_OPAQUE].empty();
+        ++objectCalls;
+        return;
+    }
+    bool const transparent = !list.sorted[ToolList::DRAW_TRANSPARENT].empty();
+    if (objectCalls < LISTS) {
+        contentFlags[size_t(2 * objectCalls)] = !list.sorted[ToolList::DRAW_OPAQUE].empty();
+        contentFlags[size_t(2 * objectCalls + 1)] = transparent;
+    }
+    ++objectCalls;
+    TRenderState state = r.renderState(0);
+    state.third = third;
+    Layers->render(state, false, list, nullptr);
+    if (transparent || clear) {
+        state.kind = 1;
+        Transparent->Layers->render(state, clear, list, Layers.get());
+    }
+}
+
+bool GLVisual::hasTransparent() const
+{
+    for (int i = 0; i < LISTS; ++i)
+        if (contentFlags[size_t(2 * i + 1)])
+            return true;
+    return false;
+}
+
+void GLVisual::calculateNormals(Matrix4<double> const& projectionInv)
+{
+    VEL_ASSERT(Layers->enableDraw());
+    glViewport(0, 0, this->width, this->height);
+    gl_Depth_Test.set(false);
+    gl_Stencil_Test.set(false);
+    GLNormals(DepthStencil(), Layers->Normal, Layers->NormalNormalized, Matrix4<float>(projectionInv));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Composites
+
+Vector4<float> GLVisual::background() const
+{
+    return Rendering::instance().clearColor();
+}
+
+void GLVisual::composit(float time)
+{
+    Rendering const& r = Rendering::instance();
+    if (!r.fast) {
+        Layers->normalizeNormals();
+        FBO::disable(fbRead);
+    }
+    switch (r.style) {
+    case 0:
+        compositFlat();
+        break;
+    case 1:
+        compositDepth(r.autoDepthRange);
+        break;
+    case 2:
+        compositIDs();
+        break;
+    case 3:
+        compositNormals();
+        break;
+    case 4:
+        compositShaded();
+        break;
+    case 5:
+        compositMatCap();
+        break;
+    case Rendering::STYLE_COLOR:
+        compositColor(this, true);
+        break;
+    default:
+        compositPBR(this, true, time);
+        break;
+    }
+    if (Rendering::hasMaterials(r.style) && hasTransparent()) {
+        if (!r.fast)
+            Transparent->Layers->normalizeNormals();
+        if (r.style == Rendering::STYLE_COLOR)
+            compositColor(Transparent.get(), false);
+        else
+            compositPBR(Transparent.get(), false, time);
+    }
+    int const s = r.style;
+    if (r.objectTypes && (s == 0 || s == 4 || s == 5 || Rendering::hasMaterials(s)))
+        objectType();
+}
+
+void GLVisual::compositFlat()
+{
+    ShaderManager& sm = ShaderManager::instance();
+    beginPass();
+    FullScreen(sm.ShaderCompositFlat, {{"Flags", Layers->Normal}}, [&] {
+        Shader::setUniform("Background", background());
+        Shader::setUniform("ColorFront", COLOR_FRONT);
+    });
+    FullScreen(sm.ShaderCompositFlatBack, {{"Flags", Layers->Normal}},
+               [&] { Shader::setUniform("ColorBack", COLOR_BACK); });
+    endPass();
+}
+
+void GLVisual::compositDepth(bool autoRange)
+{
+    Rendering const& r = Rendering::instance();
+    ShaderManager& sm = ShaderManager::instance();
+    Texture2D* depth = DepthStencil();
+    // The range of the drawn depths, as eye distances; the whole depth range without it.
+    float lo = zNear, hi = zFar;
+    if (autoRange && contentFlags.any()) {
+        if (minMaxChain.empty() || minMaxChain.front()->width != std::max(1, this->width >> 1) ||
+            minMaxChain.front()->height != std::max(1, this->height >> 1))
+            minMaxChain = MinMaxChain(this->width, this->height);
+        std::deque<FBOTexture*> chain;
+        for (Shared<FBOTexture> const& t : minMaxChain)
+            chain.push_back(t.get());
+        Vector2<float> range = GLMinMax(depth, chain);
+        auto eye = [&](float d) {
+            if (r.cameraType == 1)
+                return zNear + d * (zFar - zNear);
+            return 2 * zNear * zFar / (zFar + zNear - (2 * d - 1) * (zFar - zNear));
+        };
+        if (range.x <= range.y) { // else nothing was drawn
+            lo = eye(range.x);
+            hi = eye(range.y);
+        }
+    }
+    beginPass();
+    glDepthMask(GL_FALSE); // the depth texture is read while its framebuffer is bound
+    FullScreen(r.cameraType == 1 ? sm.ShaderDepthMapOrthogonal : sm.ShaderDepthMapPerspective, {{"Depth", depth}},
+               [&] {
+                   Shader::setUniform("NearFar", zNear, zFar);
+                   Shader::setUniform("Range", lo, hi);
+                   Shader::setUniform("Background", background());
+               });
+    glDepthMask(GL_TRUE);
+    endPass();
+}
+
+void GLVisual::compositIDs()
+{
+    beginPass();
+    FullScreen(ShaderManager::instance().ShaderCompositIDs, {{"IDs", Layers->ObjectItemsElement}},
+               [&] { Shader::setUniform("Background", background()); });
+    endPass();
+}
+
+void GLVisual::compositNormals()
+{
+    beginPass();
+    FullScreen(ShaderManager::instance().ShaderCompositNormals,
+               {{"Flags", Layers->Normal}, {"Normal", Layers->NormalNormalized}},
+               [&] { Shader::setUniform("Background", background()); });
+    endPass();
+}
+
+void GLVisual::compositShaded()
+{
+    ShaderManager& sm = ShaderManager::instance();
+    Samplers const textures{{"Flags", Layers->Normal}, {"Normal", Layers->NormalNormalized}};
+    auto light = [] {
+        Shader::setUniform("LightDirection", LightDirection());
+        Shader::setUniform("Ambient", AMBIENT);
+    };
+    beginPass();
+    FullScreen(sm.ShaderCompositShaded, textures, [&] {
+        light();
+        Shader::setUniform("Background", background());
+        Shader::setUniform("ColorFront", COLOR_FRONT);
+    });
+    FullScreen(sm.ShaderCompositShadedBack, textures, [&] {
+        light();
+        Shader::setUniform("ColorBack", COLOR_BACK);
+    });
+    endPass();
+}
+
+void GLVisual::compositMatCap()
+{
+    ShaderManager& sm = ShaderManager::instance();
+    VEL_ASSERT(Rendering::instance().matcap && "the matcap style needs Rendering's resources");
+    Samplers const textures{
+        {"Flags", Layers->Normal}, {"Normal", Layers->NormalNormalized}, {"iMatCap", Rendering::instance().matcap.get()}};
+    beginPass();
+    for (Shader* shader : {sm.ShaderCompositMatCap, sm.ShaderCompositMatCapBackFace})
+        FullScreen(shader, textures, [&] {
+            Shader::setUniform("Background", background());
+            Shader::setUniform("ColorFront", shader == sm.ShaderCompositMatCap ? COLOR_FRONT : COLOR_BACK);
+        });
+    endPass();
+}
+
+void GLVisual::compositColor(GLComposit* target, bool opaque)
+{
+    Rendering const& r = Rendering::instance();
+    ShaderManager& sm = ShaderManager::instance();
+    GLLayer* layer = target->Layers.get();
+    target->beginPass();
+    FullScreen(r.glow > 0 ? sm.ShaderCompositColorGlow : sm.ShaderCompositColor,
+               {{"Flags", layer->Normal},
+                {"Normal", layer->NormalNormalized},
+                {"Color", layer->ColorAlpha},
+                {"Light", layer->LightThick}},
+               [&] {
+                   Shader::setUniform("LightDirection", LightDirection());
+                   Shader::setUniform("Ambient", AMBIENT);
+                   Shader::setUniform("glowStrength", r.glow);
+                   Shader::setUniform("Opaque", opaque ? 1 : 0);
+               });
+    target->endPass();
+}
+
+void GLVisual::compositPBR(GLComposit* target, bool opaque, float time)
+{
+    Rendering const& r = Rendering::instance();
+    ShaderManager& sm = ShaderManager::instance();
+    TextureCube* cube = sky;
+    Texture* table = brdfLUT;
+    float levels = std::floor(std::log2(float(std::max(1, sky ? sky->width() : 1))));
+    if (!cube) {
+        Environment* environment = r.environment();
+        VEL_ASSERT(environment && environment->compile());
+        VEL_ASSERT(vel::Rendering::instance().environment()->Compiled);
+        cube = environment;
+        levels = float(environment->maxLevel());
+    }
+    if (!table) {
+        VEL_ASSERT(r.BRDF && r.BRDF->id() != 0);
+        VEL_ASSERT(vel::Rendering::instance().BRDF->Compiled);
+        table = r.BRDF.get();
+    }
+    GLLayer* layer = target->Layers.get();
+    // The environment turns with the light.
+    Matrix3<float> rotation(Shader::NormalMatrixInv);
+    if (r.RotateLight != 0)
+        rotation = rotation * Matrix3<float>::Rotation(0.0, double(r.RotateLight) * time, 0.0);
+    target->beginPass();
+    FullScreen(r.glow > 0 ? sm.ShaderCompositPBRGlow : sm.ShaderCompositPBR,
+               {{"Flags", layer->Normal},
+                {"Normal", layer->NormalNormalized},
+                {"Color", layer->ColorAlpha},
+                {"Material", layer->RoughMetal},
+                {"Light", layer->LightThick},
+                {"sky", cube},
+                {"brdfLUT", table}},
+               [&] {
+                   Shader::setUniform("levels", levels);
+                   Shader::setUniform("rotation", rotation);
+                   Shader::setUniform("whLens", whLens());
+                   Shader::setUniform("glowStrength", r.glow);
+                   Shader::setUniform("Opaque", opaque ? 1 : 0);
+               });
+    target->endPass();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Transparency
+
+Texture2D* GLVisual::opaqueLevel(int n) const
+{
+    return n == 0 ? current() : Blur0->color(n - 1);
+}
+
+void GLVisual::mixRefract()
+{
+    // Nothing transparent: the mix would give the opaque picture back.
+    if (!Rendering::hasMaterials(Rendering::instance().style) || !hasTransparent())
+        return;
+    // Each level is the one before, copied down and blurred once more, in place.
+    gl_Depth_Test.set(false);
+    gl_Stencil_Test.set(false);
+    VEL_ASSERT(Blur0->enableDraw());
+    glViewport(0, 0, Blur0->width, Blur0->height);
+    Texture2D* scratch = Blur0->color(OpaquesMax);
+    for (int level = 1; level <= OpaquesMax; ++level) {
+        GLCopy(opaqueLevel(level - 1), opaqueLevel(level));
+        GLBlur(opaqueLevel(level), scratch, 1, false);
+    }
+    Rendering const& r = Rendering::instance();
+    ShaderManager& sm = ShaderManager::instance();
+    GLLayer* front = Transparent->Layers.get();
+    Shader* shader = r.chroma != 0 ? (r.glow > 0 ? sm.ShaderMixRefractGlowChroma : sm.ShaderMixRefractChroma)
+                                   : (r.glow > 0 ? sm.ShaderMixRefractGlow : sm.ShaderMixRefract);
+    beginPass();
+    GLMachine m{shader};
+    for (int i = 0; i <= OpaquesMax; ++i)
+        m.add(opaqueLevel(i));
+    for (Texture2D* t : {Transparent->current(), DepthStencil(), Transparent->DepthStencil(), front->LightThick,
+                         front->NormalNormalized, front->RoughMetal})
+        m.add(t);
+    VEL_ASSERT(m.enable());
+    int units[OpaquesMax + 1];
+    for (int i = 0; i <= OpaquesMax; ++i)
+        units[i] = opaqueLevel(i)->activeTexture();
+    Shader::setUniformArray("Opaques", 1, units, OpaquesMax + 1);
+    Shader::setUniform("Transparent", Transparent->current()->activeTexture());
+    Shader::setUniform("OpaqueDepth", DepthStencil()->activeTexture());
+    Shader::setUniform("TransparentDepth", Transparent->DepthStencil()->activeTexture());
+    Shader::setUniform("Refraction", front->LightThick->activeTexture());
+    Shader::setUniform("Light", front->LightThick->activeTexture());
+    Shader::setUniform("Normal", front->NormalNormalized->activeTexture());
+    Shader::setUniform("Material", front->RoughMetal->activeTexture());
+    Shader::setUniform("wh", REFRACTION_PIXELS / float(this->width), REFRACTION_PIXELS / float(this->height));
+    Shader::setUniform("chroma", r.chroma);
+    Shader::setUniform("glowStrength", r.glow);
+    glDepthMask(GL_FALSE); // both depth textures are read; the target holds one of them
+    GLFill();
+    glDepthMask(GL_TRUE);
+    m.disable();
+    endPass();
+}
+
+} // namespace vel
