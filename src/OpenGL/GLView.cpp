@@ -16,11 +16,9 @@
 #include "Scene/Element.h"
 #include "Scene/Scene.h"
 #include "Scene/Tool.h"
-
-#include "Core/Communicate.h"
 #include "OpenGL/FileDialogs.h"
 #include "Scene/Root.h"
-#include "Scene/Scene.h"
+#include "Scene/SceneFile.h"
 #include "Scene/Tool.h"
 #include "mainwindow/ConfigFile.h"
 
@@ -511,6 +509,23 @@ void GLView::finishSave()
 
 // The selected objects by themselves, in an object file or OBJ: the topmost selected tools,
 // each with its subtree.
+void GLView::saveCamera(CameraState& state) const
+{
+    state.position = camera.position;
+    state.rotation = camera.rotation;
+    state.distance = camera.distance;
+}
+
+void GLView::loadCamera(CameraState const& state)
+{
+    camera.position = state.position;
+    camera.rotation = state.rotation;
+    camera.distance = state.distance;
+    // An orbiting camera keeps its angles, not its matrix: take them from the file's rotation.
+    if (camera.type == 1)
+        camera.set_type(1, true);
+}
+
 void GLView::quickSave()
 {
     std::vector<Tool*> selected, pending(Scene::instance().root->children.rbegin(), Scene::instance().root->children.rend());

@@ -30,6 +30,8 @@
 
 namespace vel {
 
+struct CameraState;
+
 class Element;
 class TextureCube;
 class Tool;
@@ -110,6 +112,9 @@ public:
     void turn(double angle);
     // Asks for a file and saves the selected objects alone (.vob, or .obj).
     void quickSave();
+    // The camera's part of a scene file's camera block, both ways.
+    void saveCamera(CameraState& state) const;
+    void loadCamera(CameraState const& state);
 
     // Frames the whole scene (Scene::fit): the camera looks at its centre from where the
     // field of view holds it, and the depth range follows the distance.

@@ -19,6 +19,7 @@
 #include "OpenGL/Keyboard.h"
 #include "OpenGL/Mouse.h"
 #include "OpenGL/Rendering.h"
+#include "Scene/SceneFile.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/XYZSphere.h"
@@ -123,6 +124,13 @@ GLWidget::GLWidget(QWidget* parent)
     navigation.reset(new FBOTexture(navigationTexture));
     view = new GLView(std::max(1, width()), std::max(1, height()));
     main_view = view;
+    // Scene files keep the view's camera.
+    gSaveCamera = [](CameraState& state) {
+        if (!main_view)
+            return false;
+        main_view->saveCamera(state);
+        return true;
+    };
     ActionMode = iActionMode = 2;
     uiScale = UI_SCALE;
     useAutoScale = UI_SCALE_AUTO;
@@ -165,6 +173,7 @@ GLWidget::~GLWidget()
     navigationTexture = Shared<Texture2D>();
     delete view;
     view = main_view = nullptr;
+    gSaveCamera = nullptr;
     Scene::instance().init(true);
     Rendering::instance().closeResources();
     ShaderManager::instance().clear();

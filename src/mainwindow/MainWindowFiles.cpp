@@ -193,7 +193,7 @@ void MainWindow::FinalizeThread(void* data, int kind)
             CameraState camera;
             gCameraBuf->seekg(0);
             if (camera.read(*gCameraBuf, FILE_VERSION) && main_view)
-                main_view->rotation = camera.rotation;
+                main_view->loadCamera(camera);
         }
     } else {
         live.append(loaded);
