@@ -41,9 +41,12 @@ protected:
             QObject::disconnect(c);
     }
 
-    Probe* probe(std::string const& tag)
+    // A probe pushed onto the history; `same` ones also claim to equal the current step.
+    Probe* probe(std::string const& tag, bool mergeable = false, bool same = false)
     {
         auto* p = new Probe(&journal, tag);
+        p->mergeable = mergeable;
+        p->same = same;
         h().push(p);
         return p;
     }
@@ -107,14 +110,10 @@ TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailNewestFirst)
 
 TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailEvenWhenTheNewCommandMerges)
 {
-    Probe* a = probe("a");
-    a->mergeable = true;
+    Probe* a = probe("a", true);
     probe("b");
     h().undo();
-    auto* c = new Probe(&journal, "c");
-    c->mergeable = true;
-    c->same = true;
-    h().push(c);
+    probe("c", true, true);
     EXPECT_TRUE(destroyed("b"));
     EXPECT_EQ(h().commands.size(), 1u);
     EXPECT_EQ(h().current(), a);
@@ -125,12 +124,8 @@ TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailEvenWhenTheNewCommandMerges)
 
 TEST_F(HistoryTest, TwoEqualMergeableCommandsLeaveOneEntryWithoutASignal)
 {
-    Probe* a = probe("a");
-    a->mergeable = true;
-    auto* b = new Probe(&journal, "b");
-    b->mergeable = true;
-    b->same = true;
-    h().push(b);
+    probe("a", true);
+    probe("b", true, true);
     EXPECT_EQ(h().commands.size(), 1u);
     EXPECT_EQ(h().currentIndex, 0);
     EXPECT_EQ(updates, 1);

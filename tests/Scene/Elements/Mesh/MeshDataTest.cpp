@@ -177,7 +177,6 @@ TEST(MeshData, EveryTruncationIsRefusedWithAMessage)
         Mesh back;
         EXPECT_FALSE(Read(back, bytes.substr(0, cut))) << "cut at " << cut;
         EXPECT_TRUE(back.empty());
-        EXPECT_EQ(back.verts.size(), 0u);
         ASSERT_EQ(log.entries.size(), 1u);
         EXPECT_TRUE(log.entries[0].first.startsWith("Cannot read mesh: "));
         EXPECT_EQ(log.entries[0].second, 2);
@@ -206,33 +205,10 @@ TEST(MeshData, CorruptCountsIndicesAndRingsAreRefused)
     std::string nan = bytes;
     float qnan = std::nanf("");
     std::memcpy(&nan[vertexCount + 4], &qnan, 4);
-    std::string twoOfSame = Patched(bytes, firstEdge + 4, 1);
-    twoOfSame = Patched(twoOfSame, firstEdge + 9 + 4, 1); // edges 0 and 1 both follow 1
-    std::vector<Case> cases = {
-        {"data type", badType, "unknown data type 7."},
-        {"huge vertex count", Patched(bytes, vertexCount, 0x7fffffff), "the vertex count does not fit the record."},
-        {"negative vertex count", Patched(bytes, vertexCount, -3), "the vertex count does not fit the record."},
-        {"huge edge count", Patched(bytes, edgeCount, 1 << 26), "the half-edge count does not fit the record."},
-        {"vertex out of range", Patched(bytes, firstEdge, 8), "half-edge 0 points outside the mesh."},
-        {"predecessor out of range", Patched(bytes, firstEdge + 4, -1), "half-edge 0 points outside the mesh."},
-        {"not a permutation", twoOfSame, "half-edge 1 follows two others."},
-        {"position not a number", nan, "a vertex position is not a number."},
-    };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.what);
-        LogCapture log;
-        Mesh back;
-        EXPECT_FALSE(Read(back, c.bytes));
-        EXPECT_TRUE(back.empty());
-        EXPECT_EQ(log.all().toStdString(), std::string("Cannot read mesh: ") + c.message + "\n");
-    }
-}
-
-TEST(MeshData, DegenerateRingsAreRefused)
-{
-    // Two half-edges forming a ring of two sides, and a ring visiting a vertex twice.
+    // A whole record after an 8-byte header, with the given (vertex, predecessor) half-edges.
     auto record = [](std::vector<std::pair<int, int>> const& edges, int verts) {
         OFile out;
+        out.writeValue(uint64_t(0));
         out.writeValue(Vector3<float>());
         out.writeValue(1.0f);
         out.writeValue(uint8_t(0));
@@ -249,11 +225,28 @@ TEST(MeshData, DegenerateRingsAreRefused)
         }
         return out.bytes();
     };
-    LogCapture log;
-    Mesh a, b;
-    EXPECT_FALSE(Read(a, record({{0, 1}, {1, 0}}, 2), Mesh::FILE_VERSION_CURRENT, 0));
-    EXPECT_FALSE(Read(b, record({{0, 3}, {1, 0}, {0, 1}, {2, 2}}, 3), Mesh::FILE_VERSION_CURRENT, 0));
-    EXPECT_EQ(log.all(), "Cannot read mesh: a face has 2 sides.\nCannot read mesh: a face passes vertex 0 twice.\n");
+    std::string twoOfSame = Patched(bytes, firstEdge + 4, 1);
+    twoOfSame = Patched(twoOfSame, firstEdge + 9 + 4, 1); // edges 0 and 1 both follow 1
+    std::vector<Case> cases = {
+        {"data type", badType, "unknown data type 7."},
+        {"huge vertex count", Patched(bytes, vertexCount, 0x7fffffff), "the vertex count does not fit the record."},
+        {"negative vertex count", Patched(bytes, vertexCount, -3), "the vertex count does not fit the record."},
+        {"huge edge count", Patched(bytes, edgeCount, 1 << 26), "the half-edge count does not fit the record."},
+        {"vertex out of range", Patched(bytes, firstEdge, 8), "half-edge 0 points outside the mesh."},
+        {"predecessor out of range", Patched(bytes, firstEdge + 4, -1), "half-edge 0 points outside the mesh."},
+        {"not a permutation", twoOfSame, "half-edge 1 follows two others."},
+        {"position not a number", nan, "a vertex position is not a number."},
+        {"a ring of two sides", record({{0, 1}, {1, 0}}, 2), "a face has 2 sides."},
+        {"a ring passing a vertex twice", record({{0, 3}, {1, 0}, {0, 1}, {2, 2}}, 3), "a face passes vertex 0 twice."},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.what);
+        LogCapture log;
+        Mesh back;
+        EXPECT_FALSE(Read(back, c.bytes));
+        EXPECT_TRUE(back.empty());
+        EXPECT_EQ(log.all().toStdString(), std::string("Cannot read mesh: ") + c.message + "\n");
+    }
 }
 
 // Found by the fuzz run below: a record with sharpness on one half of a pair only left the

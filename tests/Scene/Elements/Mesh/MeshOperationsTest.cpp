@@ -279,7 +279,8 @@ TEST(MeshTriangulate, HexagonFansFromItsFirstCorner)
     EXPECT_EQ(m->components, 1);
 }
 
-TEST(MeshEdgeSplit, SplittingAPairAddsOneVertexOnBothSides)
+// A pair gains one vertex on both sides, a border edge one on its only side.
+TEST(MeshEdgeSplit, SplittingAPairOrABorderEdgeAndRefusals)
 {
     auto m = test::ClosedCube();
     m->makeSharp(30);
@@ -291,20 +292,17 @@ TEST(MeshEdgeSplit, SplittingAPairAddsOneVertexOnBothSides)
     EXPECT_EQ(m->triangles, 14);
     EXPECT_TRUE(m->verts[v].is(MeshVert::SHARP));
     EXPECT_EQ(m->faceCount(m->edges[e].face), 5);
-}
 
-TEST(MeshEdgeSplit, BorderEdgeAndRefusals)
-{
-    auto m = test::QuadGrid(1);
-    int e = m->findEdge(0, 1);
+    auto g = test::QuadGrid(1);
+    e = g->findEdge(0, 1);
     ASSERT_GE(e, 0);
-    int v = m->edgeSplit(e, -1);
-    ASSERT_MESH_VALID(*m);
-    EXPECT_TRUE(m->verts[v].is(MeshVert::BORDER));
-    Mesh before = *m;
-    EXPECT_EQ(m->edgeSplit(-1, -1), -1);
-    EXPECT_EQ(m->edgeSplit(e, 0), -1); // vertex 0 is in use
-    EXPECT_EQ(test::RecordDifference(before, *m), "");
+    v = g->edgeSplit(e, -1);
+    ASSERT_MESH_VALID(*g);
+    EXPECT_TRUE(g->verts[v].is(MeshVert::BORDER));
+    Mesh before = *g;
+    EXPECT_EQ(g->edgeSplit(-1, -1), -1);
+    EXPECT_EQ(g->edgeSplit(e, 0), -1); // vertex 0 is in use
+    EXPECT_EQ(test::RecordDifference(before, *g), "");
 }
 
 TEST(MeshEdgeFlip, DiagonalOfAFlatPairTurns)

@@ -179,112 +179,47 @@ TEST(SDFObjTest, RecordRoundTrip)
     EXPECT_TRUE(in.atEnd());
 }
 
+// Writes fields of the sample in the order given and expects them read, as a layout does.
+struct Put {
+    OFile& out;
+    SDFObj const& sample;
+    SDFObj& expected;
+    template <typename... T>
+    void operator()(T SDFObj::*... fields)
+    {
+        ((out.writeValue(sample.*fields), expected.*fields = sample.*fields), ...);
+    }
+};
+
 // Each version's layout, written here field by field, independently of DataWrite: every
 // group of fields is written and expected together.
 TEST(SDFObjTest, OlderVersionsReadTheirOwnLayout)
 {
-    using Write = std::function<void(OFile&, SDFObj const&)>;
-    using Take = std::function<void(SDFObj&, SDFObj const&)>;
+    using O = SDFObj;
     struct Group {
         int since; // the first version that has it
-        Write write;
-        Take take;
-    };
-    auto bytes = [](OFile& out, std::initializer_list<uint8_t> values) {
-        for (uint8_t b : values)
-            out.writeValue(b);
+        std::function<void(Put&)> fields;
     };
     std::vector<Group> const groups = {
-        {0,
-         [](OFile& out, SDFObj const& s) {
-             for (float v : {s.dims.x, s.dims.y, s.dims.z, s.R, s.thickness, s.falloff})
-                 out.writeValue(v);
-         },
-         [](SDFObj& o, SDFObj const& s) {
-             o.dims = s.dims;
-             o.R = s.R;
-             o.thickness = s.thickness;
-             o.falloff = s.falloff;
-         }},
-        {20230302, [](OFile& out, SDFObj const& s) { out.writeValue(s.paintFalloff); },
-         [](SDFObj& o, SDFObj const& s) { o.paintFalloff = s.paintFalloff; }},
-        {0, [&](OFile& out, SDFObj const& s) { bytes(out, {s.shape, s.operation, s.shell, s.blend}); },
-         [](SDFObj& o, SDFObj const& s) {
-             o.shape = s.shape;
-             o.operation = s.operation;
-             o.shell = s.shell;
-             o.blend = s.blend;
-         }},
-        {20230411,
-         [&](OFile& out, SDFObj const& s) {
-             out.writeValue(s.step);
-             bytes(out, {s.nx, s.ny, s.nz});
-         },
-         [](SDFObj& o, SDFObj const& s) {
-             o.step = s.step;
-             o.nx = s.nx;
-             o.ny = s.ny;
-             o.nz = s.nz;
-         }},
-        {20230427,
-         [&](OFile& out, SDFObj const& s) {
-             out.writeValue(s.clip0);
-             out.writeValue(s.clip1);
-             bytes(out, {s.clipShell});
-         },
-         [](SDFObj& o, SDFObj const& s) {
-             o.clip0 = s.clip0;
-             o.clip1 = s.clip1;
-             o.clipShell = s.clipShell;
-         }},
-        {20230501,
-         [&](OFile& out, SDFObj const& s) {
-             out.writeValue(s.arrayRadius);
-             bytes(out, {s.count, s.arrayType});
-         },
-         [](SDFObj& o, SDFObj const& s) {
-             o.arrayRadius = s.arrayRadius;
-             o.count = s.count;
-             o.arrayType = s.arrayType;
-         }},
-        {20230513,
-         [&](OFile& out, SDFObj const& s) {
-             out.writeValue(s.arrayAngle);
-             bytes(out, {s.joint});
-         },
-         [](SDFObj& o, SDFObj const& s) {
-             o.arrayAngle = s.arrayAngle;
-             o.joint = s.joint;
-         }},
-        {20230531,
-         [](OFile& out, SDFObj const& s) {
-             out.writeValue(s.joint0);
-             out.writeValue(s.joint1);
-         },
-         [](SDFObj& o, SDFObj const& s) {
-             o.joint0 = s.joint0;
-             o.joint1 = s.joint1;
-         }},
-        {20230711,
-         [](OFile& out, SDFObj const& s) {
-             out.writeValue(s.priority);
-             out.writeValue(s.bracket);
-         },
-         [](SDFObj& o, SDFObj const& s) {
-             o.priority = s.priority;
-             o.bracket = s.bracket;
-         }},
+        {0, [](Put& put) { put(&O::dims, &O::R, &O::thickness, &O::falloff); }},
+        {20230302, [](Put& put) { put(&O::paintFalloff); }},
+        {0, [](Put& put) { put(&O::shape, &O::operation, &O::shell, &O::blend); }},
+        {20230411, [](Put& put) { put(&O::step, &O::nx, &O::ny, &O::nz); }},
+        {20230427, [](Put& put) { put(&O::clip0, &O::clip1, &O::clipShell); }},
+        {20230501, [](Put& put) { put(&O::arrayRadius, &O::count, &O::arrayType); }},
+        {20230513, [](Put& put) { put(&O::arrayAngle, &O::joint); }},
+        {20230531, [](Put& put) { put(&O::joint0, &O::joint1); }},
+        {20230711, [](Put& put) { put(&O::priority, &O::bracket); }},
     };
     SDFObj const s = Sample();
     for (int version :
          {20230301, 20230302, 20230410, 20230411, 20230427, 20230501, 20230513, 20230531, 20230710, 20230711}) {
         OFile out;
         SDFObj expected;
+        Put put{out, s, expected};
         for (Group const& g : groups)
-            if (version >= g.since) {
-                g.write(out, s);
-                g.take(expected, s);
-            }
+            if (version >= g.since)
+                g.fields(put);
         if (version < 20230303)
             expected.dims.z = 360; // old tori are whole rings
         long long fields = static_cast<long long>(out.bytes().size());
