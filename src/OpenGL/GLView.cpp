@@ -507,8 +507,6 @@ void GLView::finishSave()
         LogInfo(QString("Could not write the image '%1'.").arg(QString::fromStdString(savePath)), 2);
 }
 
-// The selected objects by themselves, in an object file or OBJ: the topmost selected tools,
-// each with its subtree.
 void GLView::saveCamera(CameraState& state) const
 {
     state.position = camera.position;
@@ -526,6 +524,8 @@ void GLView::loadCamera(CameraState const& state)
         camera.set_type(1, true);
 }
 
+// The selected objects by themselves, in an object file or OBJ: the topmost selected tools,
+// each with its subtree.
 void GLView::quickSave()
 {
     std::vector<Tool*> selected, pending(Scene::instance().root->children.rbegin(), Scene::instance().root->children.rend());

@@ -69,6 +69,7 @@ public:
     int accumulationIndex = 0;
     int accumulated = 0;
     int samples = 0;          // frames to average without a save; 0: none
+    int renderSamples = 16;   // "Samples" of a render to file: the frames its mean takes
     // The overlay target: colour and depth of the hints, merged with the picture by depth.
     Shared<FBO> HintsLayer;
     // The ground grid and the axes: off until the interface has its switches for them.

@@ -65,6 +65,7 @@ MainWindow::MainWindow(QWidget* parent)
     // inside a frame or a key handler.
     connect(&hub, &Communicate::OpenScene, this, &MainWindow::OpenScene, Qt::QueuedConnection);
     connect(&hub, &Communicate::SaveScene, this, &MainWindow::SaveScene, Qt::QueuedConnection);
+    connect(&hub, &Communicate::RenderToFile, this, &MainWindow::RenderToFile, Qt::QueuedConnection);
     connect(&hub, &Communicate::SaveAsScene, this, &MainWindow::SaveAsScene, Qt::QueuedConnection);
     connect(
         &hub, &Communicate::OpenFile, this,

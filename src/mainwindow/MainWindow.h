@@ -52,6 +52,8 @@ public slots:
     void OpenScene();
     void OpenFile(std::string const& path, bool append);
     void SaveScene();
+    // Asks for an image file; the view writes the mean of its next renderSamples frames there.
+    void RenderToFile();
     void SaveAsScene();
     // False, with a log line, when the file could not be written; the old file then stands.
     bool SaveFile(std::string const& path);

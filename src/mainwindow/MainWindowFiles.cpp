@@ -308,6 +308,16 @@ bool MainWindow::BackupScene(bool always, bool unconditional)
     return SaveFile(CURRENT_FILE);
 }
 
+void MainWindow::RenderToFile()
+{
+    if (!main_view)
+        return;
+    QString path = AskSaveFileName(this, "Save Image", OPEN_SCENE_PATH, "Images (*.png *.jpg)", "png");
+    if (path.isEmpty())
+        return;
+    main_view->saveImage(path.toStdString(), main_view->renderSamples);
+}
+
 void MainWindow::ClearScene(bool keepUI)
 {
     SetCurrentFile("");
