@@ -46,7 +46,12 @@ public:
         static_assert(std::is_trivially_copyable<T>::value, "raw copies only");
         if (!open || left() < (long long)sizeof(T))
             return false;
-        std::memcpy(&value, bytes + position, sizeof(T));
+        if constexpr (std::is_same<T, bool>::value) {
+            // Any byte but 0 is true: a file's byte is not necessarily a valid bool.
+            value = bytes[position] != 0;
+        } else {
+            std::memcpy(&value, bytes + position, sizeof(T));
+        }
         position += (long long)sizeof(T);
         return true;
     }
@@ -57,6 +62,8 @@ public:
         static_assert(std::is_trivially_copyable<T>::value, "raw copies only");
         if (!open || count < 0 || count > left() / (long long)sizeof(T))
             return false;
+        if (count == 0)
+            return true; // `values` may be null then (an empty vector's data)
         std::memcpy(values, bytes + position, std::size_t(count) * sizeof(T));
         position += count * (long long)sizeof(T);
         return true;
