@@ -3,8 +3,7 @@
 // flags a fast render writes alone). Of the two neighbours on each axis the one nearer in depth
 // is used, so that silhouettes do not bend the normals. The background (depth 1) gets (0, 0, 0).
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Depth;
 uniform sampler2D Image;

@@ -1,7 +1,6 @@
 // FilterAdd5: the sum of five textures.
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image0, Image1, Image2, Image3, Image4;
 in vec2 vUV;

@@ -1,7 +1,6 @@
 // FilterAddFactor: "Image0" + "factor" times "Image1".
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image0;
 uniform sampler2D Image1;

@@ -1,8 +1,7 @@
 // FilterBlur: one axis of a separable blur, along "delta" (in texels of "Image"): binomial weights
 // 1 4 6 4 1; SIMPLE: 1 2 1. The weights sum to 1, so a constant picture stays as it is.
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image;
 uniform ivec2 delta;

@@ -1,8 +1,7 @@
 // FilterGaussianBlur: one pass of a 2D Gaussian of "sigma" texels over a square of "radius" texels
 // each way (at most 8), its weights normalised to sum 1.
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image;
 uniform float sigma;

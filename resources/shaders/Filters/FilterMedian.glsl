@@ -1,8 +1,7 @@
 // FilterMedian: per channel, the median of the (2 size + 1)^2 texels around each one (size 0 to 2);
 // source and target are of one size. Edges repeat the border texels.
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image;
 uniform int size;

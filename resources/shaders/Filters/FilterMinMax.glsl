@@ -1,8 +1,7 @@
 // FilterMinMax: the later rounds of a min-max reduction: (min, max) in r and g of "Image" over the
 // block of texels that each target texel covers, the target being half the size (at least 1).
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image;
 out vec4 oColor;

@@ -2,8 +2,7 @@
 // depth or any texture) over the block of texels that each target texel covers, as (min, max) in
 // r and g. Values at or above "background" are not counted; a block of none gives (+big, -big).
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image;
 uniform float background;

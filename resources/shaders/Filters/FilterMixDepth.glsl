@@ -1,8 +1,7 @@
 // FilterMixDepth: of two pictures with their depths, the nearer one per pixel; "factor" is how
 // much of the farther one shows through (0: none).
 ##VERTEX
-out vec2 vUV;
-void main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1); vUV = xy; gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }
+#include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 uniform sampler2D Image0;
 uniform sampler2D Depth0;
