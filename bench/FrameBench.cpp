@@ -55,7 +55,9 @@ void BM_Frame1MTriangles(benchmark::State& state)
         state.counters["triangles"] = double(mesh->triangles) * 3;
         state.counters["fps"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
     }
-    state.SetLabel(r.style == 4 ? "shaded, llvmpipe 1280x800" : "pbr, llvmpipe 1280x800");
+    // The renderer's own name: the same program is timed on llvmpipe and on real GPUs.
+    std::string renderer = reinterpret_cast<char const*>(glGetString(GL_RENDERER));
+    state.SetLabel(std::string(r.style == 4 ? "shaded, " : "pbr, ") + renderer + ", 1280x800");
     scene.init(false);
     History::instance().clear();
     sphere->deleteGPUData();

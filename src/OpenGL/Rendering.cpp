@@ -3,6 +3,7 @@
 #include <cmath>
 #include "Core/Communicate.h"
 #include "OpenGL/Environment.h"
+#include "OpenGL/Texture2D.h"
 #include "OpenGL/TextureManager.h"
 
 namespace vel {
@@ -44,6 +45,8 @@ void Rendering::openResources()
 void Rendering::closeResources()
 {
     currentEnvironment = BRDF = matcap = Shared<Texture>();
+    // The static noise texture would otherwise be freed after the driver has gone at exit.
+    Texture2D::Random = Shared<Texture2D>();
 }
 
 // ---- styles

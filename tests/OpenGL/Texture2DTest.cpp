@@ -5,6 +5,7 @@
 #include "OpenGL/FBO.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLMachine.h"
+#include "OpenGL/Rendering.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/Texture2D.h"
 #include "OpenGL/Texture2DArray.h"
@@ -294,6 +295,9 @@ TEST_F(Texture2DTest, RandomNoiseIsKeptForTheCpu)
     EXPECT_EQ(t->getFloat(Vector2<int>(2, 1)), Texture2D::Rand[1][2].x);
     ASSERT_TRUE(t->compile());
     EXPECT_EQ(t->wrap, GL_REPEAT);
+    t = Shared<Texture2D>();
+    Rendering::instance().closeResources();
+    EXPECT_EQ(Texture2D::Random, Shared<Texture2D>()) << "kept past the context";
 }
 
 } // namespace
