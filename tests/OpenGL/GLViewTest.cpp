@@ -6,6 +6,7 @@
 #include "OpenGL/GLView.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureCube.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/Root.h"
@@ -16,6 +17,7 @@
 #include <QImage>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cmath>
 
 namespace vel::test {
@@ -31,6 +33,8 @@ protected:
         GLResourceTest::SetUp();
         Rendering const& r = Rendering::instance();
         before = {r.style, r.HalfsizeViewport, r.light, r.shadow, r.LightSource};
+        effects = {r.EdgeDetect, r.ScreenSpaceAmbientOcclusion, r.ssss, r.fog, r.ScreenSpaceReflection, r.bloom,
+                   r.tonemap, r.LensChromaticAberration, r.dofSize, r.wireframe};
         Scene::instance().init(false);
         view.reset(new GLView(W, H));
     }
@@ -43,6 +47,7 @@ protected:
         r.light = before.light;
         r.shadow = before.shadow;
         r.LightSource = before.LightSource;
+        SetEffects(effects);
         GLResourceTest::TearDown();
     }
     // One frame; the picture handed to the widget.
@@ -63,7 +68,78 @@ protected:
         float shadow;
         Vector3<float> LightSource;
     } before{};
+    // The switches of the screen effects, in their order in the frame.
+    struct Effects {
+        bool edges, ssao, ssss, fog, ssr;
+        float bloom;
+        int tonemap;
+        bool chroma;
+        float dof;
+        bool wireframe;
+    } effects{};
+    static void SetEffects(Effects const& e)
+    {
+        Rendering& r = Rendering::instance();
+        r.EdgeDetect = e.edges;
+        r.ScreenSpaceAmbientOcclusion = e.ssao;
+        r.ssss = e.ssss;
+        r.fog = e.fog;
+        r.ScreenSpaceReflection = e.ssr;
+        r.bloom = e.bloom;
+        r.tonemap = e.tonemap;
+        r.LensChromaticAberration = e.chroma;
+        r.dofSize = e.dof;
+        r.wireframe = e.wireframe;
+    }
+    // A box in the middle of the view.
+    void AddBox()
+    {
+        (new Tool(Shared<Element>(Mesh::Box().release())))->addToParent(Scene::instance().root);
+        view->viewAll();
+    }
 };
+
+// Every effect on: they run in the fixed order, and after the first frame no frame makes a
+// texture or framebuffer (or storage for one). Wireframe skips SSAO, SSSS, SSR and fog alone.
+TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterTheFirstFrame)
+{
+    Rendering& r = Rendering::instance();
+    r.openResources();
+    AddBox();
+    ShaderManager& sm = ShaderManager::instance();
+    for (int style : {4, 7}) {
+        r.style = style;
+        for (bool wireframe : {false, true}) {
+            SCOPED_TRACE(std::to_string(style) + (wireframe ? " wireframe" : " solid"));
+            SetEffects({true, true, true, true, true, 0.5f, 3, true, 2.0f, wireframe});
+            Frame(); // compiles the programs and makes the targets
+            GLCallCounter counter;
+            Frame();
+            EXPECT_EQ(counter.created(), 0);
+            std::vector<unsigned> used = counter.programs();
+            struct Step {
+                Shader* shader;
+                bool solidOnly;
+            };
+            Step const order[] = {{sm.ShaderEdgeDetection, false}, {sm.ShaderSSAO, true},
+                                  {sm.ShaderSSSS, true},          {sm.ShaderFogOrthogonal, true},
+                                  {sm.ShaderSSR, true},           {sm.ShaderFilterThresholdMul, false},
+                                  {sm.ShaderTonemapUncharted2, false}, {sm.ShaderFilterChroma, false},
+                                  {sm.ShaderFilterDepthOfField, false}};
+            auto at = used.begin();
+            for (Step const& step : order) {
+                auto found = std::find(at, used.end(), step.shader->program);
+                bool const runs = !(wireframe && step.solidOnly);
+                EXPECT_EQ(found != used.end(), runs) << step.shader->program;
+                if (found != used.end())
+                    at = found;
+            }
+        }
+    }
+    Scene::instance().init(false);
+    r.closeResources();
+}
+
 
 TEST_F(GLViewTest, AnEmptySceneClearsAndCompositesTheBackground)
 {
