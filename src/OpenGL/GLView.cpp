@@ -229,7 +229,7 @@ void GLView::render()
     // 13.
     composit(float(time));
     // 14. Selection masks: with selection. Then the outlines of objects marked for contours.
-    if (r.contours > 0)
+    if (r.contours > 0 && (hasContours(scene.list) || hasContours(scene.temporary)))
         contour();
     // 15.
     mixRefract();

@@ -12,6 +12,8 @@
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureCube.h"
+#include "Scene/RenderFlags.h"
+#include "Scene/Tool.h"
 #include "Scene/ToolList.h"
 
 #include <algorithm>
@@ -506,6 +508,14 @@ Vector2<float> GLVisual::drawnRange()
         return 2 * zNear * zFar / (zFar + zNear - (2 * d - 1) * (zFar - zNear));
     };
     return {eye(range.x), eye(range.y)};
+}
+
+bool GLVisual::hasContours(ToolList const& list)
+{
+    for (RenderItem const& item : list.items)
+        if (item.tool && (item.tool->renderFlags() & FLAG_CONTOURS))
+            return true;
+    return false;
 }
 
 void GLVisual::contour()

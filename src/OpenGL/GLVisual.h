@@ -111,6 +111,8 @@ public:
     // ---- screen effects, each with the settings of Rendering, from current() into next()
     // Outlines of the objects marked for contours ("Contours " is their width).
     void contour();
+    // Whether a tool of the list is marked for contours: the frame spares the pass otherwise.
+    static bool hasContours(ToolList const& list);
     // Fog over the range of drawn depths, towards the background colour.
     void fog();
     // Reflections traced in FXfbo, added with the SSR strength.

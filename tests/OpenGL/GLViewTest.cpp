@@ -92,10 +92,12 @@ protected:
         r.wireframe = e.wireframe;
     }
     // A box in the middle of the view.
-    void AddBox()
+    Tool* AddBox()
     {
-        (new Tool(Shared<Element>(Mesh::Box().release())))->addToParent(Scene::instance().root);
+        Tool* box = new Tool(Shared<Element>(Mesh::Box().release()));
+        box->addToParent(Scene::instance().root);
         view->viewAll();
+        return box;
     }
 };
 
@@ -105,7 +107,7 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
 {
     Rendering& r = Rendering::instance();
     r.openResources();
-    AddBox();
+    Tool* box = AddBox();
     ShaderManager& sm = ShaderManager::instance();
     for (int style : {4, 7}) {
         r.style = style;
@@ -135,6 +137,15 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
                     at = found;
             }
         }
+    }
+    // The contour pass runs only when a tool asks for contours (material flag 0x2000).
+    SetEffects({});
+    for (bool contours : {true, false}) { // on first: a program not yet made has the id 0
+        box->material.flags = contours ? box->material.flags | 0x2000 : box->material.flags & ~0x2000;
+        GLCallCounter counter;
+        Frame();
+        std::vector<unsigned> const& used = counter.programs();
+        EXPECT_EQ(std::count(used.begin(), used.end(), sm.ShaderContour->program), contours ? 1 : 0);
     }
     Scene::instance().init(false);
     r.closeResources();

@@ -34,7 +34,8 @@ void main()
             if (float(x * x + y * y) > r2)
                 continue;
             ivec2 q = clamp(p + ivec2(x, y), ivec2(0), last);
-            if (texelFetch(IDs, q, 0).x != id && (mine || Outlined(q))) {
+            // The flags first: most pixels are near no outlined object, and need no id.
+            if ((mine || Outlined(q)) && texelFetch(IDs, q, 0).x != id) {
                 oColor = vec4(ContourColor.rgb, c.a);
                 return;
             }
