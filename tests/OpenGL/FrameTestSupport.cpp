@@ -154,6 +154,14 @@ void PaintQuad(GLLayer& layer, Vector3<float> const& origin, Vector3<float> cons
     gl_Depth_Test.set(false);
 }
 
+std::pair<int, int> PixelOf(Vector3<double> const& p, int width, int height)
+{
+    Vector4<double> c = Vector4<double>(p.x, p.y, p.z, 1) * Shader::ProjectionModelViewMatrix;
+    std::pair<int, int> pixel{int((c.x / c.w + 1) * 0.5 * width), int((c.y / c.w + 1) * 0.5 * height)};
+    EXPECT_TRUE(pixel.first >= 0 && pixel.first < width && pixel.second >= 0 && pixel.second < height);
+    return pixel;
+}
+
 std::vector<float> Pixels(Texture2D* texture)
 {
     std::vector<unsigned char> bytes;

@@ -12,6 +12,7 @@
 #include "Math/Vector4.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vel {
@@ -45,6 +46,10 @@ void PaintFloor(GLLayer& layer, float half);
 // (world coordinates), with object id `id`.
 void PaintQuad(GLLayer& layer, Vector3<float> const& origin, Vector3<float> const& u, Vector3<float> const& v,
                Vector3<float> const& normal, int id = 1);
+
+// The pixel of a world point under Shader::ProjectionModelViewMatrix, in a picture of
+// width x height; asserts that it lies inside.
+std::pair<int, int> PixelOf(Vector3<double> const& p, int width, int height);
 
 // RGBA floats of a texture, bottom row first.
 std::vector<float> Pixels(Texture2D* texture);

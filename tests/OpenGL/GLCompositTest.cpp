@@ -48,12 +48,6 @@ protected:
         r.ssssStrength = saved.ssss;
         GLResourceTest::TearDown();
     }
-    // The pixel of a world point.
-    std::pair<int, int> PixelOf(Vector3<double> const& p) const
-    {
-        Vector4<double> c = Vector4<double>(p.x, p.y, p.z, 1) * Shader::ProjectionModelViewMatrix;
-        return {int((c.x / c.w + 1) * 0.5 * W), int((c.y / c.w + 1) * 0.5 * H)};
-    }
     std::unique_ptr<GLVisual> visual;
     struct {
         int style;
@@ -74,9 +68,8 @@ TEST_F(GLCompositTest, SSAOAndSSSSChangeTheCreaseAloneAndNothingAtZeroStrength)
         {"SSSS", &Rendering::ssssStrength, [](GLVisual& v) { v.SSSS(); }, +1},
     };
     std::vector<float> const before = Pixels(visual->current());
-    auto [cx, cy] = PixelOf({0, 0.02 * HALF, -0.98 * HALF});
-    auto [ox, oy] = PixelOf({0, 0, 0.5 * HALF});
-    ASSERT_TRUE(cx >= 0 && cx < W && cy >= 0 && cy < H && ox >= 0 && ox < W && oy >= 0 && oy < H);
+    auto [cx, cy] = PixelOf({0, 0.02 * HALF, -0.98 * HALF}, W, H);
+    auto [ox, oy] = PixelOf({0, 0, 0.5 * HALF}, W, H);
     Vector4<float> const background = At(before, W, W / 2, H - 1);
     ASSERT_NEAR(background.x, Rendering::instance().background.x, 1e-5f) << "the top row shows the background";
     for (Case const& test : cases) {

@@ -33,8 +33,6 @@ protected:
         GLResourceTest::SetUp();
         Rendering const& r = Rendering::instance();
         before = {r.style, r.HalfsizeViewport, r.light, r.shadow, r.LightSource};
-        effects = {r.EdgeDetect, r.ScreenSpaceAmbientOcclusion, r.ssss, r.fog, r.ScreenSpaceReflection, r.bloom,
-                   r.tonemap, r.LensChromaticAberration, r.dofSize, r.wireframe};
         Scene::instance().init(false);
         view.reset(new GLView(W, H));
     }
@@ -47,7 +45,7 @@ protected:
         r.light = before.light;
         r.shadow = before.shadow;
         r.LightSource = before.LightSource;
-        SetEffects(effects);
+        SetEffects(false);
         GLResourceTest::TearDown();
     }
     // One frame; the picture handed to the widget.
@@ -68,36 +66,16 @@ protected:
         float shadow;
         Vector3<float> LightSource;
     } before{};
-    // The switches of the screen effects, in their order in the frame.
-    struct Effects {
-        bool edges, ssao, ssss, fog, ssr;
-        float bloom;
-        int tonemap;
-        bool chroma;
-        float dof;
-        bool wireframe;
-    } effects{};
-    static void SetEffects(Effects const& e)
+    // Every screen effect on, or off as by default; and wireframe.
+    static void SetEffects(bool on, bool wireframe = false)
     {
         Rendering& r = Rendering::instance();
-        r.EdgeDetect = e.edges;
-        r.ScreenSpaceAmbientOcclusion = e.ssao;
-        r.ssss = e.ssss;
-        r.fog = e.fog;
-        r.ScreenSpaceReflection = e.ssr;
-        r.bloom = e.bloom;
-        r.tonemap = e.tonemap;
-        r.LensChromaticAberration = e.chroma;
-        r.dofSize = e.dof;
-        r.wireframe = e.wireframe;
-    }
-    // A box in the middle of the view.
-    Tool* AddBox()
-    {
-        Tool* box = new Tool(Shared<Element>(Mesh::Box().release()));
-        box->addToParent(Scene::instance().root);
-        view->viewAll();
-        return box;
+        r.EdgeDetect = r.ScreenSpaceAmbientOcclusion = r.ssss = r.fog = r.ScreenSpaceReflection = on;
+        r.LensChromaticAberration = on;
+        r.bloom = on ? 0.5f : 0.0f;
+        r.tonemap = on ? 3 : 0;
+        r.dofSize = on ? 2.0f : 0.0f;
+        r.wireframe = wireframe;
     }
 };
 
@@ -107,13 +85,15 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
 {
     Rendering& r = Rendering::instance();
     r.openResources();
-    Tool* box = AddBox();
+    Tool* box = new Tool(Shared<Element>(Mesh::Box().release()));
+    box->addToParent(Scene::instance().root);
+    view->viewAll();
     ShaderManager& sm = ShaderManager::instance();
     for (int style : {4, 7}) {
         r.style = style;
         for (bool wireframe : {false, true}) {
             SCOPED_TRACE(std::to_string(style) + (wireframe ? " wireframe" : " solid"));
-            SetEffects({true, true, true, true, true, 0.5f, 3, true, 2.0f, wireframe});
+            SetEffects(true, wireframe);
             Frame(); // compiles the programs and makes the targets
             GLCallCounter counter;
             Frame();
@@ -139,7 +119,7 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
         }
     }
     // The contour pass runs only when a tool asks for contours (material flag 0x2000).
-    SetEffects({});
+    SetEffects(false);
     for (bool contours : {true, false}) { // on first: a program not yet made has the id 0
         box->material.flags = contours ? box->material.flags | 0x2000 : box->material.flags & ~0x2000;
         GLCallCounter counter;
@@ -150,7 +130,6 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
     Scene::instance().init(false);
     r.closeResources();
 }
-
 
 TEST_F(GLViewTest, AnEmptySceneClearsAndCompositesTheBackground)
 {
@@ -289,13 +268,8 @@ TEST_F(GLViewTest, AShadowFallsUnderTheOccluder)
     std::vector<float> shaded = Pixels(view->current());
     ExpectMatchesReference(shaded, W, H, "shadow");
     // Pixels of floor points under the occluder darken by the strength; others stay.
-    auto pixelOf = [&](Vector3<double> const& p) {
-        Vector4<double> c = Vector4<double>(p.x, p.y, p.z, 1) * Shader::ProjectionModelViewMatrix;
-        return std::pair{int((c.x / c.w + 1) * 0.5 * W), int((c.y / c.w + 1) * 0.5 * H)};
-    };
     for (auto [x, under] : {std::pair{-150.0, true}, {150.0, false}}) {
-        auto [px, py] = pixelOf({x, 0, 0});
-        ASSERT_TRUE(px >= 0 && px < W && py >= 0 && py < H);
+        auto [px, py] = PixelOf({x, 0, 0}, W, H);
         float before = At(lit, W, px, py).x, after = At(shaded, W, px, py).x;
         EXPECT_GT(before, 0.3f);
         EXPECT_NEAR(after, under ? before * 0.2f : before, 0.02f) << "x " << x;
