@@ -8,4 +8,5 @@
 ##VERTEX
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
+#include ":/shaders/Include/BlurLevels.glsl"
 #include ":/shaders/Include/MixRefractMix.glsl"

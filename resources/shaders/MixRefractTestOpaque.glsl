@@ -4,4 +4,5 @@
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
 #define TEST_OPAQUE
+#include ":/shaders/Include/BlurLevels.glsl"
 #include ":/shaders/Include/MixRefractMix.glsl"

@@ -1,9 +1,11 @@
 #include "OpenGL/GLComposit.h"
 
 #include "Core/Assert.h"
+#include "OpenGL/GLFilters.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLMachine.h"
 #include "OpenGL/GLState.h"
+#include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 
@@ -50,6 +52,44 @@ void GLComposit::objectType()
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     GLFill();
     glDisable(GL_BLEND);
+}
+
+// ---- screen effects
+
+void GLComposit::beginEffect()
+{
+    beginPass();
+    glDepthMask(GL_FALSE);
+}
+
+void GLComposit::endEffect()
+{
+    glDepthMask(GL_TRUE);
+    endPass();
+}
+
+void GLComposit::edgeDetection()
+{
+    beginEffect();
+    GLEdgeDetection(current(), Layers->ObjectItemsElement, Layers->NormalNormalized, next(), EDGE_LIMIT,
+                    Rendering::instance().fast);
+    endEffect();
+}
+
+void GLComposit::SSAO()
+{
+    beginEffect();
+    GLSSAO(current(), DepthStencil(), Layers->NormalNormalized, next(), SSAO_RADIUS,
+           Rendering::instance().ssaoStrength, effectTime, SSAO_SAMPLES);
+    endEffect();
+}
+
+void GLComposit::SSSS()
+{
+    beginEffect();
+    GLSSSS(current(), DepthStencil(), Layers->NormalNormalized, next(), SSAO_RADIUS,
+           Rendering::instance().ssssStrength, effectTime, SSAO_SAMPLES);
+    endEffect();
 }
 
 bool GLComposit::resize(int w, int h)

@@ -3,8 +3,8 @@
 // texture `index` and writes texture 1 - index, then flips the index, so that effects chain
 // without allocating.
 //
-// The screen effects of the later post chain (edge detection, SSAO, SSSS) are members here
-// too; so far only the object-type tint is.
+// The first screen effects of the post chain (edge detection, SSAO, SSSS) are members here
+// too, each a pass from current() into next() with the settings of Rendering.
 #pragma once
 
 #include "Memory/Shared.h"
@@ -35,6 +35,22 @@ public:
 
     // Tints curves, bones and rigid bodies over the current picture ("ObjectType").
     void objectType();
+
+    // ---- screen effects
+    static constexpr float SSAO_RADIUS = 0.1f; // of the picture's height
+    static constexpr int SSAO_SAMPLES = 32;
+    static constexpr float EDGE_LIMIT = 0.8f;  // the cosine of the angle between normals that is an edge
+    float effectTime = 0.0f; // seconds; moves the noise of the sampling effects
+    int effectFrame = 0;     // frames composited; changes the jitter of the rays
+    // Black edges between objects and across creases; by ids alone for the fast setting,
+    // whose normals come from depth.
+    void edgeDetection();
+    void SSAO();
+    void SSSS();
+    // beginPass for a pass that reads the depth texture of this framebuffer: depth writes off,
+    // until endEffect (which ends the pass).
+    void beginEffect();
+    void endEffect();
 
     bool resize(int width, int height) override;
 };

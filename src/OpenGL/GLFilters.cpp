@@ -265,6 +265,118 @@ void GLGaussianBlur(Texture2D* source, Texture2D* target, float sigma, int radiu
     pass.draw();
 }
 
+// ---- tone, lens and screen-space effects
+
+void GLTonemap(Texture2D* source, Texture2D* target, float exposure, float gamma, int curve)
+{
+    ShaderManager& shaders = Shaders();
+    Shader* const byCurve[] = {shaders.ShaderTonemap, shaders.ShaderTonemapReinhard, shaders.ShaderTonemapUncharted2,
+                               shaders.ShaderTonemapACES};
+    FilterPass pass(byCurve[std::clamp(curve, 1, 4) - 1], {{"Image", source}}, target);
+    float const inverse = 1.0f / std::max(gamma, 1e-3f);
+    Shader::setUniform("InvGamma_Exposure", inverse, inverse, inverse, exposure);
+    pass.draw();
+}
+
+void GLChroma(Texture2D* source, Texture2D* target, Vector4<float> const& chroma, float amount, Vector2<float> center)
+{
+    FilterPass pass(Shaders().ShaderFilterChroma, {{"Image", source}}, target);
+    Shader::setUniform("chroma", chroma);
+    Shader::setUniform("amount", amount);
+    Shader::setUniform("center", center);
+    pass.draw();
+}
+
+void GLFog(Texture2D* source, Texture2D* target, float near, float far, Vector4<float> const& colour, Texture2D* depth)
+{
+    FilterPass pass(Shaders().ShaderFogOrthogonal, {{"Image", source}, {"Depth", depth}}, target);
+    Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("NearFar", near, far);
+    Shader::setUniform("FogColor", colour);
+    pass.draw();
+}
+
+namespace {
+// SSAO and SSSS: one loop, two programs.
+void Gather(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius,
+            float strength, float time, int samples)
+{
+    FilterPass pass(shader, {{"Image", image}, {"Depth", depth}, {"Normal", normal}}, target);
+    Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("PARAMETERS", float(std::max(samples, 1)), radius, strength);
+    Shader::setUniform("Time", time);
+    pass.draw();
+}
+} // namespace
+
+void GLSSAO(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius, float strength,
+            float time, int samples)
+{
+    Gather(Shaders().ShaderSSAO, image, depth, normal, target, radius, strength, time, samples);
+}
+
+void GLSSSS(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius, float strength,
+            float time, int samples)
+{
+    Gather(Shaders().ShaderSSSS, image, depth, normal, target, radius, strength, time, samples);
+}
+
+void GLSSR(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* roughMetal, Texture2D* target, int rays,
+           float roughness, int frame)
+{
+    // Without a material texture the program still has a sampler to bind: the normals stand in.
+    FilterPass pass(Shaders().ShaderSSR,
+                    {{"iImage", image}, {"iDepth", depth}, {"iNormal", normal}, {"iRoughMetal", roughMetal ? roughMetal : normal}},
+                    target);
+    int const frameAndMaterial[2] = {frame, roughMetal ? 1 : 0};
+    Shader::setUniformArray("iFrame", 2, frameAndMaterial, 1);
+    Shader::setUniform("iResolution", float(depth->width()), float(depth->height()));
+    Shader::setUniform("iScreenToView", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("iViewToScreen", Matrix4<float>(Shader::ProjectionMatrix));
+    Shader::setUniform("iRoughness", roughness);
+    Shader::setUniform("iRays", std::clamp(rays, 1, 64));
+    pass.draw();
+}
+
+void GLEdgeDetection(Texture2D* image, Texture2D* ids, Texture2D* normal, Texture2D* target, float limit, bool idsOnly)
+{
+    FilterPass pass(idsOnly ? Shaders().ShaderSimpleEdgeDetection : Shaders().ShaderEdgeDetection,
+                    {{"Image", image}, {"IDs", ids}, {"Normal", normal}}, target);
+    Shader::setUniform("limit", limit);
+    pass.draw();
+}
+
+void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, Texture2D* target, float width,
+               Vector4<float> const& colour, bool wire)
+{
+    FilterPass pass(wire ? Shaders().ShaderContourWire : Shaders().ShaderContour,
+                    {{"Image", image}, {"IDs", ids}, {"Flags", flags}}, target);
+    Shader::setUniform("width", width);
+    Shader::setUniform("ContourColor", colour);
+    pass.draw();
+}
+
+void GLDepthOfField(std::vector<Texture2D*> const& levels, Texture2D* depth, Texture2D* target, float focus, float size)
+{
+    VEL_ASSERT_MSG(levels.size() == 5, "depth of field blends five levels of blur");
+    BindDrawBuffer(target);
+    GLMachine m;
+    m.add(Shaders().ShaderFilterDepthOfField);
+    for (Texture2D* level : levels)
+        m.add(level);
+    m.add(depth);
+    VEL_ASSERT(m.enable());
+    int units[5];
+    for (size_t i = 0; i < 5; ++i)
+        units[i] = levels[i]->activeTexture();
+    Shader::setUniformArray("Opaques", 1, units, 5);
+    Shader::setUniform("Depth", depth->activeTexture());
+    Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("Focus", focus);
+    Shader::setUniform("size", size);
+    GLFill();
+}
+
 // ---- range by reduction
 
 std::deque<Shared<FBOTexture>> MinMaxChain(int width, int height)

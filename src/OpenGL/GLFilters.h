@@ -67,6 +67,42 @@ void GLNormals(Texture2D* depth, Texture2D* flags, Texture2D* target, Matrix4<fl
 // Film grain of amplitude `strength` that changes with `frame`; a zero strength copies.
 void GLNoise(Texture2D* source, Texture2D* target, int frame, float strength);
 
+// ---- tone, lens and screen-space effects
+// `source` times `exposure`, through the tone curve of Rendering's tonemap value `curve` (1 none,
+// 2 REINHARD, 3 UNCHARTED2, 4 ACES), then to the power 1 / `gamma`; alpha kept.
+void GLTonemap(Texture2D* source, Texture2D* target, float exposure, float gamma, int curve);
+// Chromatic aberration of a lens: channel c of each pixel mixes `source` there and at the point
+// moved away from `center` (texture coordinates) by `amount` of its distance from it, by
+// chroma[c].
+void GLChroma(Texture2D* source, Texture2D* target, Vector4<float> const& chroma, float amount, Vector2<float> center);
+// The passes below read `depth` texel for texel at the target's size, and take view positions
+// through Shader::ProjectionMatrixInv, the frame's inverse projection. Pixels of the background
+// (depth 1) keep their colour.
+// Fog: from eye distance `near` to `far`, the picture turns towards colour.rgb, up to colour.a.
+void GLFog(Texture2D* source, Texture2D* target, float near, float far, Vector4<float> const& colour, Texture2D* depth);
+// Ambient occlusion and subsurface light of `samples` samples within `radius` (a fraction of
+// the picture's height) around each pixel, with `normal` the unit view normals; `time` moves
+// the noise of the sampling pattern. A zero strength gives the picture back.
+void GLSSAO(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius, float strength,
+            float time, int samples);
+void GLSSSS(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius, float strength,
+            float time, int samples);
+// The reflected light of `rays` rays a pixel (to be added to the picture), at any target size;
+// the roughness comes from `roughMetal` when it is given, else it is `roughness`. `frame`
+// changes the jitter of the rays.
+void GLSSR(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* roughMetal, Texture2D* target, int rays,
+           float roughness, int frame);
+// Black edges where the object id of `ids` changes between neighbours or, unless `idsOnly`, the
+// normals turn by more than the angle whose cosine is `limit`. Texel for texel.
+void GLEdgeDetection(Texture2D* image, Texture2D* ids, Texture2D* normal, Texture2D* target, float limit, bool idsOnly);
+// Outlines `width` pixels wide, in `colour`, around the objects whose flags (the w of `flags`)
+// ask for contours; `wire` for wireframe pictures. Texel for texel.
+void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, Texture2D* target, float width,
+               Vector4<float> const& colour, bool wire);
+// Depth of field: per pixel a mix of `levels` (five: the picture, then ever more blurred
+// copies) by `size` times the pixel's distance from the eye distance `focus`, relative to it.
+void GLDepthOfField(std::vector<Texture2D*> const& levels, Texture2D* depth, Texture2D* target, float focus, float size);
+
 // The range (min, max) of the first channel of `source`, by repeated halving on the GPU and one
 // read-back of a single texel. A depth texture's background (1) is not counted; when nothing is
 // counted, min > max. The first form makes its own chain of targets; the second runs down

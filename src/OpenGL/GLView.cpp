@@ -228,7 +228,9 @@ void GLView::render()
         calculateNormals(Shader::ProjectionMatrixInv);
     // 13.
     composit(float(time));
-    // 14. Selection masks and contours: with selection and the edge passes.
+    // 14. Selection masks: with selection. Then the outlines of objects marked for contours.
+    if (r.contours > 0 && (hasContours(scene.list) || hasContours(scene.temporary)))
+        contour();
     // 15.
     mixRefract();
     // 16. Shader layers, group RunPostComposit.
@@ -238,18 +240,12 @@ void GLView::render()
         shadow(Matrix4<float>(screenToWorld()), Matrix3<float>(Shader::NormalMatrixInv));
     }
     // 18. The screen effects in their fixed order. The flags are gathered once, then popped
-    // one by one; a pass not written yet is a null slot, so that the order lives here only.
+    // one by one, so that the order lives here only.
     using Effect = void (GLView::*)();
     static Effect const effects[] = {
-        nullptr, // edge detection
-        nullptr, // SSAO
-        nullptr, // SSSS
-        nullptr, // fog
-        nullptr, // SSR
-        nullptr, // bloom
-        nullptr, // tonemap
-        nullptr, // chromatic aberration
-        nullptr, // depth of field
+        &GLView::edgeDetection, &GLView::SSAO, &GLView::SSSS,
+        &GLView::fog,           &GLView::SSR,  &GLView::bloom,
+        &GLView::tonemap,       &GLView::chromaticAberration, &GLView::depthOfField,
     };
     bool const solid = !r.wireframe;
     std::deque<bool> enabled{r.EdgeDetect && r.style != 1 && r.style != 3,
@@ -264,7 +260,7 @@ void GLView::render()
     for (Effect e : effects) {
         bool on = enabled.front();
         enabled.pop_front();
-        if (on && e)
+        if (on)
             (this->*e)();
     }
     // 19. Shader layers, group RunFinal; then no value leaves 0..1.

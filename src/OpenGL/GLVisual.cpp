@@ -12,6 +12,8 @@
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureCube.h"
+#include "Scene/RenderFlags.h"
+#include "Scene/Tool.h"
 #include "Scene/ToolList.h"
 
 #include <algorithm>
@@ -28,6 +30,7 @@ constexpr float AMBIENT = 0.25f;           // light floor of the shaded styles
 constexpr float REFRACTION_PIXELS = 32.0f; // displacement of a unit normal at unit thickness
 Vector4<float> const COLOR_FRONT{0.8f, 0.8f, 0.8f, 1.0f};
 Vector4<float> const COLOR_BACK{0.55f, 0.4f, 0.35f, 1.0f};
+Vector4<float> const CONTOUR_COLOR{0.0f, 0.0f, 0.0f, 1.0f};
 // Towards the light of the shaded styles, in view space: above and left of the camera.
 Vector3<float> LightDirection()
 {
@@ -66,6 +69,15 @@ GLVisual::GLVisual(int width, int height)
     ShaderLayersFbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
     for (int i = 0; i <= OpaquesMax; ++i)
         Blur0->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    // The effects' targets are described here and follow each resize, so that no frame makes one.
+    FXfbo = Shared<FBO>(new FBO(dsNone, Blur0->width, Blur0->height));
+    FXfbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    for (int i = 0; i < BloomLevels; ++i) {
+        BloomChain.emplace_back(new FBO(dsNone, 1, 1));
+        BloomChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+        BloomChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    }
+    resizeEffects();
 }
 
 GLVisual::~GLVisual() = default;
@@ -76,7 +88,22 @@ bool GLVisual::resize(int w, int h)
     changed = ShaderLayersFbo->resize(w, h) || changed;
     changed = Transparent->resize(w, h) || changed;
     changed = Blur0->resize(std::max(1, w / BlurDivisor), std::max(1, h / BlurDivisor)) || changed;
+    resizeEffects();
     return changed;
+}
+
+void GLVisual::resizeEffects()
+{
+    FXfbo->resize(Blur0->width, Blur0->height);
+    int w = Blur0->width, h = Blur0->height;
+    for (Shared<FBO> const& level : BloomChain) {
+        w = std::max(1, w / 2);
+        h = std::max(1, h / 2);
+        level->resize(w, h);
+    }
+    if (minMaxChain.empty() || minMaxChain.front()->width != std::max(1, this->width >> 1) ||
+        minMaxChain.front()->height != std::max(1, this->height >> 1))
+        minMaxChain = MinMaxChain(this->width, this->height);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -129,6 +156,7 @@ void GLVisual::buildMatrices(Camera const& camera, Vector2<float> const& offset)
     Shader::ProjectionOffsetModelViewMatrix = Shader::ProjectionModelViewMatrix;
     Shader::ProjectionModelViewMatrixInv = inv(Shader::ProjectionModelViewMatrix);
     Shader::PMVSign = Shader::ModelViewMatrix.determinant() < 0 ? -1.0f : 1.0f;
+    focusDistance = float(camera.distance);
 }
 
 Vector3<float> GLVisual::whLens() const
@@ -202,6 +230,8 @@ Vector4<float> GLVisual::background() const
 void GLVisual::composit(float time)
 {
     Rendering const& r = Rendering::instance();
+    effectTime = time;
+    ++effectFrame;
     if (!r.fast) {
         Layers->normalizeNormals();
         FBO::disable(fbRead);
@@ -266,22 +296,9 @@ void GLVisual::compositDepth(bool autoRange)
     // The range of the drawn depths, as eye distances; the whole depth range without it.
     float lo = zNear, hi = zFar;
     if (autoRange && contentFlags.any()) {
-        if (minMaxChain.empty() || minMaxChain.front()->width != std::max(1, this->width >> 1) ||
-            minMaxChain.front()->height != std::max(1, this->height >> 1))
-            minMaxChain = MinMaxChain(this->width, this->height);
-        std::deque<FBOTexture*> chain;
-        for (Shared<FBOTexture> const& t : minMaxChain)
-            chain.push_back(t.get());
-        Vector2<float> range = GLMinMax(depth, chain);
-        auto eye = [&](float d) {
-            if (r.cameraType == 1)
-                return zNear + d * (zFar - zNear);
-            return 2 * zNear * zFar / (zFar + zNear - (2 * d - 1) * (zFar - zNear));
-        };
-        if (range.x <= range.y) { // else nothing was drawn
-            lo = eye(range.x);
-            hi = eye(range.y);
-        }
+        Vector2<float> range = drawnRange();
+        lo = range.x;
+        hi = range.y;
     }
     beginPass();
     glDepthMask(GL_FALSE); // the depth texture is read while its framebuffer is bound
@@ -419,11 +436,8 @@ Texture2D* GLVisual::opaqueLevel(int n) const
     return n == 0 ? current() : Blur0->color(n - 1);
 }
 
-void GLVisual::mixRefract()
+void GLVisual::blurLevels()
 {
-    // Nothing transparent: the mix would give the opaque picture back.
-    if (!Rendering::hasMaterials(Rendering::instance().style) || !hasTransparent())
-        return;
     // Each level is the one before, copied down and blurred once more, in place.
     gl_Depth_Test.set(false);
     gl_Stencil_Test.set(false);
@@ -434,6 +448,14 @@ void GLVisual::mixRefract()
         GLCopy(opaqueLevel(level - 1), opaqueLevel(level));
         GLBlur(opaqueLevel(level), scratch, 1, false);
     }
+}
+
+void GLVisual::mixRefract()
+{
+    // Nothing transparent: the mix would give the opaque picture back.
+    if (!Rendering::hasMaterials(Rendering::instance().style) || !hasTransparent())
+        return;
+    blurLevels();
     Rendering const& r = Rendering::instance();
     ShaderManager& sm = ShaderManager::instance();
     GLLayer* front = Transparent->Layers.get();
@@ -466,6 +488,116 @@ void GLVisual::mixRefract()
     glDepthMask(GL_TRUE);
     m.disable();
     endPass();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Screen effects
+
+Vector2<float> GLVisual::drawnRange()
+{
+    std::deque<FBOTexture*> chain;
+    for (Shared<FBOTexture> const& t : minMaxChain)
+        chain.push_back(t.get());
+    Vector2<float> range = GLMinMax(DepthStencil(), chain);
+    if (range.x > range.y) // nothing was drawn
+        return {zNear, zFar};
+    bool const orthographic = Rendering::instance().cameraType == 1;
+    auto eye = [&](float d) {
+        if (orthographic)
+            return zNear + d * (zFar - zNear);
+        return 2 * zNear * zFar / (zFar + zNear - (2 * d - 1) * (zFar - zNear));
+    };
+    return {eye(range.x), eye(range.y)};
+}
+
+bool GLVisual::hasContours(ToolList const& list)
+{
+    for (RenderItem const& item : list.items)
+        if (item.tool && (item.tool->renderFlags() & FLAG_CONTOURS))
+            return true;
+    return false;
+}
+
+void GLVisual::contour()
+{
+    Rendering const& r = Rendering::instance();
+    beginPass();
+    GLContour(current(), Layers->ObjectItemsElement, Layers->Normal, next(), r.contours, CONTOUR_COLOR, r.wireframe);
+    endPass();
+}
+
+void GLVisual::fog()
+{
+    Rendering const& r = Rendering::instance();
+    Vector2<float> range = drawnRange();
+    Vector4<float> colour = background();
+    colour.w = r.fogStrength;
+    beginEffect();
+    GLFog(current(), next(), range.x, range.y, colour, DepthStencil());
+    endEffect();
+}
+
+void GLVisual::SSR()
+{
+    Rendering const& r = Rendering::instance();
+    gl_Depth_Test.set(false);
+    gl_Stencil_Test.set(false);
+    VEL_ASSERT(FXfbo->enableDraw());
+    glViewport(0, 0, FXfbo->width, FXfbo->height);
+    GLSSR(current(), DepthStencil(), Layers->NormalNormalized, r.style == Rendering::STYLE_PBR ? Layers->RoughMetal : nullptr,
+          FXfbo->color(0), r.ssrRays, SSR_ROUGHNESS, effectFrame);
+    beginPass();
+    GLAdd(current(), FXfbo->color(0), r.ssrStrength, next());
+    endPass();
+}
+
+void GLVisual::bloom()
+{
+    Rendering const& r = Rendering::instance();
+    gl_Depth_Test.set(false);
+    gl_Stencil_Test.set(false);
+    VEL_ASSERT(Blur0->enableDraw());
+    glViewport(0, 0, Blur0->width, Blur0->height);
+    std::vector<Texture2D*> levels{current(), Blur0->color(0)};
+    GLThresholdMul(current(), r.bloomThreshold, r.bloom, levels.back());
+    GLBlur(levels.back(), Blur0->color(OpaquesMax), 1, false);
+    for (Shared<FBO> const& level : BloomChain) {
+        VEL_ASSERT(level->enableDraw());
+        glViewport(0, 0, level->width, level->height);
+        GLCopy(levels.back(), level->color(0));
+        GLBlur(level->color(0), level->color(1), 1, false);
+        levels.push_back(level->color(0));
+    }
+    beginPass();
+    GLAdd(levels, next(), false);
+    endPass();
+}
+
+void GLVisual::tonemap()
+{
+    Rendering const& r = Rendering::instance();
+    beginPass();
+    GLTonemap(current(), next(), r.exposure, r.gamma, r.tonemap);
+    endPass();
+}
+
+void GLVisual::chromaticAberration()
+{
+    beginPass();
+    // Red stays, green moves half as far as blue: three lens shifts.
+    GLChroma(current(), next(), {0.0f, 0.5f, 1.0f, 0.0f}, Rendering::instance().lensChroma, {0.5f, 0.5f});
+    endPass();
+}
+
+void GLVisual::depthOfField()
+{
+    blurLevels();
+    std::vector<Texture2D*> levels;
+    for (int i = 0; i <= OpaquesMax; ++i)
+        levels.push_back(opaqueLevel(i));
+    beginEffect();
+    GLDepthOfField(levels, DepthStencil(), next(), focusDistance, Rendering::instance().dofSize);
+    endEffect();
 }
 
 } // namespace vel

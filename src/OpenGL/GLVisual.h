@@ -7,6 +7,7 @@
 // - object passes
 // - composites, styles 0 to 7
 // - transparency
+// - screen effects
 #pragma once
 
 #include "Math/Matrix4.h"
@@ -15,6 +16,7 @@
 #include <bitset>
 #include <deque>
 #include <memory>
+#include <vector>
 
 namespace vel {
 
@@ -45,6 +47,14 @@ public:
     TextureCube* sky = nullptr;
     Texture2D* brdfLUT = nullptr;
     std::deque<Shared<FBOTexture>> minMaxChain; // the reduction targets of the depth range
+    // The reflections before they are added: one target at the size of Blur0.
+    Shared<FBO> FXfbo;
+    // Bloom levels below Blur0, each half the size of the one above: target 0 the level,
+    // target 1 the scratch of its blur.
+    static constexpr int BloomLevels = 3;
+    std::vector<Shared<FBO>> BloomChain;
+    float focusDistance = 1000.0f; // eye distance in focus: the camera's distance to its centre
+    static constexpr float SSR_ROUGHNESS = 0.2f; // of every surface, for styles without materials
 
     GLVisual(int width, int height);
     ~GLVisual() override;
@@ -94,8 +104,32 @@ public:
     void mixRefract();
     // Level n of the opaque picture: 0 the picture itself, then the blurred ones of Blur0.
     Texture2D* opaqueLevel(int n) const;
+    // Fills the blurred levels of Blur0 from the current picture, each the one before blurred
+    // once more.
+    void blurLevels();
+
+    // ---- screen effects, each with the settings of Rendering, from current() into next()
+    // Outlines of the objects marked for contours ("Contours " is their width).
+    void contour();
+    // Whether a tool of the list is marked for contours: the frame spares the pass otherwise.
+    static bool hasContours(ToolList const& list);
+    // Fog over the range of drawn depths, towards the background colour.
+    void fog();
+    // Reflections traced in FXfbo, added with the SSR strength.
+    void SSR();
+    // What is above the bloom threshold, blurred down the chain from Blur0 and added.
+    void bloom();
+    void tonemap();
+    void chromaticAberration();
+    // Blur by distance from focusDistance, from the levels of blurLevels.
+    void depthOfField();
+    // The eye distances of the nearest and farthest drawn pixels; (zNear, zFar) when nothing
+    // was drawn.
+    Vector2<float> drawnRange();
 
 protected:
+    // The effects' targets at the size of Blur0 and below; the depth range's reduction chain.
+    void resizeEffects();
     // Background colour of the composite shaders for the present style.
     Vector4<float> background() const;
 };

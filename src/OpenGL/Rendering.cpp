@@ -1,5 +1,6 @@
 #include "OpenGL/Rendering.h"
 
+#include <algorithm>
 #include <cmath>
 #include "Core/Communicate.h"
 #include "OpenGL/Environment.h"
@@ -81,9 +82,44 @@ Vector4<float> Rendering::clearColor() const
         *v = std::pow(*v, gamma);
         if (tonemap == 2)
             *v = *v / (1.001f - *v);
+        else
+            *v = inverseToneCurve(tonemap, *v);
         *v /= exposure;
     }
     return c;
+}
+
+float Rendering::toneCurve(int tonemap, float x)
+{
+    switch (tonemap) {
+    case 2:
+        return x / (1.0f + x);
+    case 3: {
+        auto filmic = [](float v) {
+            float const A = 0.15f, B = 0.50f, C = 0.10f, D = 0.20f, E = 0.02f, F = 0.30f;
+            return (v * (A * v + C * B) + D * E) / (v * (A * v + B) + D * F) - E / F;
+        };
+        return filmic(x) / filmic(11.2f);
+    }
+    case 4:
+        return std::clamp(x * (2.51f * x + 0.03f) / (x * (2.43f * x + 0.59f) + 0.14f), 0.0f, 1.0f);
+    default:
+        return x;
+    }
+}
+
+float Rendering::inverseToneCurve(int tonemap, float y)
+{
+    if (tonemap < 2 || tonemap > 4)
+        return y;
+    // The curves rise monotonically from 0: bisection, to float precision. Values near the
+    // top of a curve that flattens (ACES clamps at 1) take the lowest x that gives them.
+    float lo = 0.0f, hi = 1000.0f;
+    for (int i = 0; i < 64; ++i) {
+        float mid = 0.5f * (lo + hi);
+        (toneCurve(tonemap, mid) < y ? lo : hi) = mid;
+    }
+    return 0.5f * (lo + hi);
 }
 
 } // namespace vel

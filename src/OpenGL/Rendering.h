@@ -58,12 +58,14 @@ public:
     float dofSize = 0.0f;        // "DOF Size "
     float glow = 1.0f;           // "Glow     "
     float bloom = 0.0f;          // "Bloom    "
+    float bloomThreshold = 1.0f; // what is brighter than this blooms
     float exposure = 1.0f;       // "Exposure "
     // "Tonemap  ": 0 no tonemap pass, 1 gamma and exposure, 2 also the curve that
-    // c / (1.001 - c) undoes.
+    // c / (1.001 - c) undoes, 3 the UNCHARTED2 curve, 4 the ACES curve.
     int tonemap = 0;
     float gamma = 2.2f;          // "Gamma    "
     bool LensChromaticAberration = false; // "Lens Chr."
+    float lensChroma = 0.01f;    // its shift, as a fraction of the distance from the centre
     float chroma = 0.0f;         // "A Chroma ": per-channel shift inside transparent surfaces
     float FieldOfView = 45.0f;   // "FOV      ": vertical, in degrees
     int cameraType = 0;          // "Type     ": 0 perspective, 1 orthographic
@@ -84,6 +86,10 @@ public:
     // while that pass is off). Alpha 0 when the
     // background is transparent.
     Vector4<float> clearColor() const;
+    // The tone curve of a "Tonemap  " value at x (the picture times the exposure), before the
+    // gamma; 0 and 1 are the identity. And its inverse on 0..1.
+    static float toneCurve(int tonemap, float x);
+    static float inverseToneCurve(int tonemap, float y);
 
     // ---- image-based light (textures from TextureManager; forward-declared, so that the scene
     // model including this header sees no GL)

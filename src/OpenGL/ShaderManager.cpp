@@ -78,6 +78,22 @@ ShaderManager::ShaderManager()
     ShaderCopySkyBox = builtin(FromFile(Path("CopySkyBox")));
     ShaderFilterSkyBox = builtin(FromFile(Path("FilterSkyBox")));
     // ---- end of the filter family and environment block
+    // ---- screen effects
+    ShaderTonemap = builtin(FromFile(Path("Tonemap")));
+    ShaderTonemapReinhard = builtin(FromFile(Path("Tonemap"), "", "TONEMAP REINHARD"));
+    ShaderTonemapUncharted2 = builtin(FromFile(Path("Tonemap"), "", "TONEMAP UNCHARTED2"));
+    ShaderTonemapACES = builtin(FromFile(Path("Tonemap"), "", "TONEMAP ACES"));
+    ShaderFilterChroma = builtin(FromFile(Path("Filters/FilterChroma")));
+    ShaderFogOrthogonal = builtin(FromFile(Path("FogOrthogonal")));
+    ShaderSSAO = builtin(FromFile(Path("SSAO")));
+    ShaderSSSS = builtin(FromFile(Path("SSSS")));
+    ShaderSSR = builtin(FromFile(Path("SSR")));
+    ShaderEdgeDetection = builtin(FromFile(Path("EdgeDetection")));
+    ShaderSimpleEdgeDetection = builtin(FromFile(Path("SimpleEdgeDetection")));
+    ShaderContour = builtin(FromFile(Path("Contour")));
+    ShaderContourWire = builtin(FromFile(Path("ContourWire")));
+    ShaderFilterDepthOfField = builtin(FromFile(Path("Filters/FilterDepthOfField")));
+    // ---- end of screen effects
     describeMeshPrograms();
 }
 

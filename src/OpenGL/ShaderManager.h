@@ -89,6 +89,22 @@ public:
     Shader* ShaderCopySkyBox = nullptr;   // a cube resampled through a rotation (environment levels)
     Shader* ShaderFilterSkyBox = nullptr; // seven taps of a cube (environment levels)
     // ---- end of the filter family and environment block
+    // ---- screen effects (GLFilters; the passes of GLComposit and GLVisual)
+    Shader* ShaderTonemap = nullptr;             // "Tonemap": exposure and gamma, no curve
+    Shader* ShaderTonemapReinhard = nullptr;     // TONEMAP REINHARD: x / (1 + x)
+    Shader* ShaderTonemapUncharted2 = nullptr;   // TONEMAP UNCHARTED2: the filmic curve
+    Shader* ShaderTonemapACES = nullptr;         // TONEMAP ACES: the fitted ACES curve
+    Shader* ShaderFilterChroma = nullptr;        // "Filters/FilterChroma": lens shift per channel
+    Shader* ShaderFogOrthogonal = nullptr;       // distance fog (either camera)
+    Shader* ShaderSSAO = nullptr;                // ambient occlusion
+    Shader* ShaderSSSS = nullptr;                // subsurface light
+    Shader* ShaderSSR = nullptr;                 // reflections
+    Shader* ShaderEdgeDetection = nullptr;       // edges of ids and normals
+    Shader* ShaderSimpleEdgeDetection = nullptr; // edges of ids alone
+    Shader* ShaderContour = nullptr;             // outlines of objects marked for contours
+    Shader* ShaderContourWire = nullptr;         // the same for wireframe pictures
+    Shader* ShaderFilterDepthOfField = nullptr;  // "Filters/FilterDepthOfField"
+    // ---- end of screen effects
     // ---- mesh programs: element buffers and their draws (MeshVBO picks them by render kind)
     // "Mesh/vMeshRender" + "Mesh/fMeshRender"; vertex / fragment defines in the comments.
     Shader* ShaderMeshRenderPbr = nullptr;     // none / RENDER_PBR: kinds 0 and 1

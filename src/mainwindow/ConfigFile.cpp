@@ -1,6 +1,7 @@
 #include "mainwindow/ConfigFile.h"
 
 #include "Core/Communicate.h"
+#include "OpenGL/Rendering.h"
 
 #include <tinyxml2.h>
 
@@ -19,7 +20,7 @@ int CAMERA_TYPE = 0;
 bool UI_SCALE_AUTO = true;
 float UI_SCALE = 1.0f;
 int SDF_ITERATIONS = 128;
-int SSR_RAYS = 4;
+int SSR_RAYS = 8;
 
 std::string OPEN_SCENE_PATH;
 std::string OPEN_OBJECT_PATH;
@@ -95,6 +96,7 @@ struct Settings {
         UI_SCALE = uiScale;
         SDF_ITERATIONS = sdfIterations;
         SSR_RAYS = ssrRays;
+        Rendering::instance().ssrRays = ssrRays; // what the reflection pass reads
         for (std::size_t i = 0; i < std::size(PATHS); ++i)
             *PATHS[i].path = paths[i];
         RECENT_FILES = recent;
@@ -259,6 +261,7 @@ std::string ConfigText()
     scale->SetAttribute("auto", int(UI_SCALE_AUTO));
     scale->SetAttribute("value", 1.0f / UI_SCALE);
     root->InsertNewChildElement("SDFIterations")->SetAttribute("value", SDF_ITERATIONS);
+    SSR_RAYS = Rendering::instance().ssrRays; // as the render settings left it
     root->InsertNewChildElement("SSRRays")->SetAttribute("value", SSR_RAYS);
     tinyxml2::XMLElement* paths = root->InsertNewChildElement("Paths");
     for (PathEntry const& entry : PATHS)

@@ -22,7 +22,7 @@ extern int CAMERA_TYPE;      // camera kind of the main view: 0 or 1
 extern bool UI_SCALE_AUTO;   // multiply the interface scale by the screen's own
 extern float UI_SCALE;       // the interface framebuffer's size over the device size, in [1/3, 1]
 extern int SDF_ITERATIONS;   // ray-march steps of the SDF pass
-extern int SSR_RAYS;         // rays of screen-space reflections
+extern int SSR_RAYS;         // rays of screen-space reflections: Rendering::ssrRays at load and save
 
 extern std::string OPEN_SCENE_PATH;
 extern std::string OPEN_OBJECT_PATH;

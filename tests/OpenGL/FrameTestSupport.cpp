@@ -76,18 +76,21 @@ in vec2 vLocal;
 char const* const FLOOR = R"(
 ##VERTEX
 uniform mat4 ProjectionModelViewMatrix;
-uniform float Half;
+uniform vec3 Origin;
+uniform vec3 U;
+uniform vec3 V;
 void main()
 {
-    vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1) * 2.0 - 1.0;
-    gl_Position = ProjectionModelViewMatrix * vec4(xy.x * Half, 0.0, xy.y * Half, 1.0);
+    vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1);
+    gl_Position = ProjectionModelViewMatrix * vec4(Origin + xy.x * U + xy.y * V, 1.0);
 }
 ##FRAGMENT
 uniform vec3 Normal;
 uniform int Flags;
+uniform int Id;
 )" OUTPUTS R"(void main()
 {
-    oObjectItemsElement = ivec4(1, 0, 1, 0);
+    oObjectItemsElement = ivec4(Id, 0, 1, 0);
     oComponentPatchFaces = ivec3(0);
     oNormal = vec4(Normal, intBitsToFloat(Flags));
     oRoughMetal = vec2(0.5, 0.0);
@@ -132,14 +135,31 @@ void Paint(GLLayer& layer, Patch const& p)
 
 void PaintFloor(GLLayer& layer, float half)
 {
+    PaintQuad(layer, {-half, 0, -half}, {2 * half, 0, 0}, {0, 0, 2 * half}, {0, 1, 0});
+}
+
+void PaintQuad(GLLayer& layer, Vector3<float> const& origin, Vector3<float> const& u, Vector3<float> const& v,
+               Vector3<float> const& normal, int id)
+{
     Begin(layer, FLOOR);
     Shader::setUniform("ProjectionModelViewMatrix", Shader::ProjectionModelViewMatrix);
-    Shader::setUniform("Half", half);
-    Vector3<double> n = Vector3<double>(0, 1, 0) * Shader::NormalMatrix;
+    Shader::setUniform("Origin", origin);
+    Shader::setUniform("U", u);
+    Shader::setUniform("V", v);
+    Shader::setUniform("Id", id);
+    Vector3<double> n = Vector3<double>(normal.x, normal.y, normal.z) * Shader::NormalMatrix;
     Shader::setUniform("Normal", Vector3<float>(float(n.x), float(n.y), float(n.z)));
     Shader::setUniform("Flags", FLAG_NON_EMPTY | FLAG_LIT);
     glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
     gl_Depth_Test.set(false);
+}
+
+std::pair<int, int> PixelOf(Vector3<double> const& p, int width, int height)
+{
+    Vector4<double> c = Vector4<double>(p.x, p.y, p.z, 1) * Shader::ProjectionModelViewMatrix;
+    std::pair<int, int> pixel{int((c.x / c.w + 1) * 0.5 * width), int((c.y / c.w + 1) * 0.5 * height)};
+    EXPECT_TRUE(pixel.first >= 0 && pixel.first < width && pixel.second >= 0 && pixel.second < height);
+    return pixel;
 }
 
 std::vector<float> Pixels(Texture2D* texture)

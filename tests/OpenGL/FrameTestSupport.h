@@ -12,6 +12,7 @@
 #include "Math/Vector4.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vel {
@@ -41,6 +42,14 @@ void Paint(GLLayer& layer, Patch const& patch);
 // A lit square in the plane y = 0, `half` on each side of the origin, facing up, drawn with
 // the frame's transforms (Shader::ProjectionModelViewMatrix, Shader::NormalMatrix).
 void PaintFloor(GLLayer& layer, float half);
+// A lit parallelogram likewise: the corner `origin`, the edges `u` and `v`, facing `normal`
+// (world coordinates), with object id `id`.
+void PaintQuad(GLLayer& layer, Vector3<float> const& origin, Vector3<float> const& u, Vector3<float> const& v,
+               Vector3<float> const& normal, int id = 1);
+
+// The pixel of a world point under Shader::ProjectionModelViewMatrix, in a picture of
+// width x height; asserts that it lies inside.
+std::pair<int, int> PixelOf(Vector3<double> const& p, int width, int height);
 
 // RGBA floats of a texture, bottom row first.
 std::vector<float> Pixels(Texture2D* texture);

@@ -5,8 +5,12 @@
 #include "OpenGL/FBO.h"
 #include "OpenGL/FBOTexture.h"
 #include "OpenGL/GLFilters.h"
+#include "OpenGL/Rendering.h"
+#include "OpenGL/Shader.h"
+#include "Scene/RenderFlags.h"
 
 #include <algorithm>
+#include <cstring>
 #include <cmath>
 #include <functional>
 #include <memory>
@@ -97,8 +101,27 @@ TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
         (k < 5 ? five : seven).push_back(RandomPixels(k + 1, -1, 1));
     seven.insert(seven.begin(), five.begin(), five.end());
     Pixels a = RandomPixels(11, -2, 2), b = RandomPixels(12, -2, 2), depthA = RandomPixels(13, 0, 1),
-           depthB = RandomPixels(14, 0, 1);
+           depthB = RandomPixels(14, 0, 1), depthWithBackground = RandomPixels(15, 0, 1.25f);
     Vector4<float> const v(0.5f, -2.0f, 3.0f, 0.25f);
+    // Depth of field: level i is the constant i, then the depth.
+    std::vector<Pixels> levels;
+    for (int i = 0; i < 5; ++i)
+        levels.push_back(Constant(float(i), 0, 0, 1));
+    levels.push_back(depthWithBackground);
+    auto dof = [](float size) {
+        return [size](auto const& in, Texture2D* t) {
+            Shader::ProjectionMatrixInv = Matrix4<double>();
+            GLDepthOfField({in[0], in[1], in[2], in[3], in[4]}, in[5], t, 0.5f, size);
+        };
+    };
+    // The level of a pixel is size * |distance - focus| / focus, at most 4; the background's 4.
+    auto level = [&](float size) {
+        return [&, size](auto const& in, int i, int c) {
+            float d = at(in[5], i, 0);
+            float l = d >= 1 ? (size > 0 ? 4.0f : 0.0f) : std::min(size * std::abs(std::abs(2 * d - 1) - 0.5f) / 0.5f, 4.0f);
+            return c == 0 ? l : c == 3 ? 1.0f : 0.0f;
+        };
+    };
     auto component = [](Vector4<float> const& u, int c) { return c == 0 ? u.x : c == 1 ? u.y : c == 2 ? u.z : u.w; };
 
     Case const cases[] = {
@@ -147,6 +170,32 @@ TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
          [&](auto const& in, int i, int c) { return at(in[0], (H - 1 - i / W) * W + i % W, c); }},
         {"zero noise copies", {a}, [](auto const& in, Texture2D* t) { GLNoise(in[0], t, 7, 0.0f); },
          [&](auto const& in, int i, int c) { return at(in[0], i, c); }},
+        // With the identity for the inverse projection the eye distance is |2 depth - 1|, here
+        // and for the depth of field.
+        {"fog", {a, depthWithBackground},
+         [&](auto const& in, Texture2D* t) {
+             Shader::ProjectionMatrixInv = Matrix4<double>();
+             GLFog(in[0], t, 0.1f, 0.9f, v, in[1]);
+         },
+         [&](auto const& in, int i, int c) {
+             float d = at(in[1], i, 0);
+             float f = d >= 1 ? 0.0f : std::clamp((std::abs(2 * d - 1) - 0.1f) / 0.8f, 0.0f, 1.0f) * v.w;
+             return c == 3 ? at(in[0], i, 3) : at(in[0], i, c) + (component(v, c) - at(in[0], i, c)) * f;
+         }},
+        // Nearest sampling: the shifted point of a pixel centre lands inside a texel.
+        {"chroma", {a},
+         [&](auto const& in, Texture2D* t) { GLChroma(in[0], t, {0.0f, 1.0f, 0.25f, 0.0f}, 0.5f, {0.5f, 0.5f}); },
+         [&](auto const& in, int i, int c) {
+             auto shifted = [](int p, int size) {
+                 float uv = 0.5f + ((float(p) + 0.5f) / float(size) - 0.5f) * 1.5f;
+                 return std::clamp(int(std::floor(uv * float(size))), 0, size - 1);
+             };
+             float moved = at(in[0], shifted(i / W, H) * W + shifted(i % W, W), c);
+             float const weight[4] = {0.0f, 1.0f, 0.25f, 0.0f};
+             return at(in[0], i, c) + (moved - at(in[0], i, c)) * weight[c];
+         }},
+        {"depth of field", levels, dof(1.5f), level(1.5f)},
+        {"no depth of field at size 0", levels, dof(0.0f), level(0.0f)},
     };
     for (Case const& test : cases) {
         SCOPED_TRACE(test.name);
@@ -309,6 +358,111 @@ TEST_F(GLFiltersTest, MinMaxOfADepthLeavesTheBackgroundOut)
     Vector2<float> range = GLMinMax(depthFbo.DepthStencil());
     EXPECT_NEAR(range.x, 0.25f, 1e-6f);
     EXPECT_NEAR(range.y, 0.75f, 1e-6f);
+}
+
+// The curves at inputs worked out by hand from their constants, exposure and gamma around
+// them, and the background: cleared through the inverse of the pass, it comes out as chosen.
+TEST_F(GLFiltersTest, TonemapFollowsEachCurveAndGivesTheBackgroundBack)
+{
+    struct Curve {
+        int tonemap;
+        float at025, at1, at4;
+    };
+    Curve const curves[] = {
+        {1, 0.25f, 1.0f, 4.0f},
+        {2, 0.2f, 0.5f, 0.8f},
+        {3, 0.0916420f, 0.3043006f, 0.7132380f},
+        {4, 0.3741110f, 0.8037975f, 0.9734171f},
+    };
+    Rendering& r = Rendering::instance();
+    struct {
+        int style, tonemap;
+        Vector4<float> background;
+        float exposure, gamma;
+    } const before{r.style, r.tonemap, r.background, r.exposure, r.gamma};
+    float const chosen[3] = {0.28f, 0.5f, 0.9f};
+    r.style = Rendering::STYLE_PBR;
+    r.background = {chosen[0], chosen[1], chosen[2], 1.0f};
+    r.exposure = r.gamma = 2.0f;
+    Shared<Texture2D> source = Upload(Constant(0.25f, 1.0f, 4.0f, 0.5f));
+    // Exposure 2 and gamma 2 turn 0.125, 0.5 and 2 into the square roots of the values above.
+    Shared<Texture2D> halved = Upload(Constant(0.125f, 0.5f, 2.0f, 0.5f));
+    for (Curve const& curve : curves) {
+        SCOPED_TRACE(curve.tonemap);
+        r.tonemap = curve.tonemap;
+        Vector4<float> clear = r.clearColor();
+        Shared<Texture2D> background = Upload(Constant(clear.x, clear.y, clear.z, clear.w));
+        GLTonemap(source.get(), target, 1.0f, 1.0f, curve.tonemap);
+        GLTonemap(halved.get(), second, r.exposure, r.gamma, curve.tonemap);
+        Pixels plain = read(target), exposed = read(second);
+        float const want[4] = {curve.at025, curve.at1, curve.at4, 0.5f};
+        for (int c = 0; c < 4; ++c) {
+            EXPECT_NEAR(plain[size_t(c)], want[c], 1e-5f) << c;
+            EXPECT_NEAR(exposed[size_t(c)], c == 3 ? 0.5f : std::sqrt(want[c]), 1e-5f) << c;
+        }
+        GLTonemap(background.get(), target, r.exposure, r.gamma, curve.tonemap);
+        Pixels back = read(target);
+        for (int c = 0; c < 3; ++c)
+            EXPECT_NEAR(back[size_t(c)], chosen[c], 2e-3f) << "background " << c;
+    }
+    r.style = before.style;
+    r.background = before.background;
+    r.exposure = before.exposure;
+    r.gamma = before.gamma;
+    r.tonemap = before.tonemap;
+}
+
+// Edges and contours on integer ids: which pixels turn black.
+TEST_F(GLFiltersTest, EdgesAndContoursMarkTheRightPixels)
+{
+    // Object 1 on columns 0 to 2, object 2 on 3 and 4, nothing on column 5. Object 1's normals
+    // turn by 90 degrees between rows 1 and 2.
+    std::vector<int> ids;
+    Pixels normals, flagged;
+    int const bits = FLAG_CONTOURS | FLAG_NON_EMPTY;
+    float contours;
+    std::memcpy(&contours, &bits, 4);
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) {
+            int id = x < 3 ? 1 : x < 5 ? 2 : 0;
+            ids.insert(ids.end(), {id, 0, 0, 0});
+            bool up = id == 1 && y >= 2;
+            normals.insert(normals.end(), {up ? 1.0f : 0.0f, 0.0f, up ? 0.0f : 1.0f, 0.0f});
+            flagged.insert(flagged.end(), {0, 0, 0, id == 2 ? contours : 0.0f});
+        }
+    Shared<Texture2D> idTexture(new Texture2D(W, H, GL_RGBA32I, GL_RGBA_INTEGER, GL_INT, GL_CLAMP_TO_EDGE, GL_NEAREST));
+    idTexture->copy(ids.data(), int(ids.size() * sizeof(int)));
+    Shared<Texture2D> image = Upload(Constant(0.5f, 0.6f, 0.7f, 1.0f)), normal = Upload(normals),
+                      flags = Upload(flagged), unflagged = Upload(Constant(0, 0, 0, 0));
+    struct Case {
+        char const* name;
+        bool contour;        // else edges
+        Texture2D* flags;    // of the contours
+        float width;         // of the contours
+        bool variant;        // ids alone; wireframe
+        char const* rows[H]; // top row first: '#' black, '.' the picture
+    };
+    Case const cases[] = {
+        {"ids and normals", false, nullptr, 0, false, {"..####", "######", "######", "..####"}},
+        {"ids alone", false, nullptr, 0, true, {"..####", "..####", "..####", "..####"}},
+        {"contours, both sides", true, flags.get(), 1, false, {"..####", "..####", "..####", "..####"}},
+        {"two pixels wide", true, flags.get(), 2, false, {".#####", ".#####", ".#####", ".#####"}},
+        {"wireframe: where nothing was drawn", true, flags.get(), 1, true, {".....#", ".....#", ".....#", ".....#"}},
+        {"no object flagged", true, unflagged.get(), 2, false, {"......", "......", "......", "......"}},
+    };
+    for (Case const& test : cases) {
+        SCOPED_TRACE(test.name);
+        if (test.contour)
+            GLContour(image.get(), idTexture.get(), test.flags, target, test.width, {0, 0, 0, 1}, test.variant);
+        else
+            GLEdgeDetection(image.get(), idTexture.get(), normal.get(), target, 0.8f, test.variant);
+        Pixels out = read(target);
+        for (int y = 0; y < H; ++y)
+            for (int x = 0; x < W; ++x) {
+                bool black = test.rows[H - 1 - y][x] == '#';
+                EXPECT_EQ(out[size_t(y * W + x) * 4 + 1], black ? 0.0f : 0.6f) << x << ", " << y;
+            }
+    }
 }
 
 } // namespace

@@ -30,6 +30,8 @@ struct Counts {
     int enableDisable = 0;
     int bufferData = 0;
     int bufferSubData = 0;
+    int created = 0;
+    std::vector<unsigned> programs;
 };
 Counts gCounts;
 
@@ -40,6 +42,9 @@ PFNGLENABLEPROC realEnable = nullptr;
 PFNGLDISABLEPROC realDisable = nullptr;
 PFNGLBUFFERDATAPROC realBufferData = nullptr;
 PFNGLBUFFERSUBDATAPROC realBufferSubData = nullptr;
+PFNGLGENTEXTURESPROC realGenTextures = nullptr;
+PFNGLGENFRAMEBUFFERSPROC realGenFramebuffers = nullptr;
+PFNGLTEXIMAGE2DPROC realTexImage2D = nullptr;
 
 GLint GLAD_API_PTR CountGetUniformLocation(GLuint program, GLchar const* name)
 {
@@ -49,6 +54,7 @@ GLint GLAD_API_PTR CountGetUniformLocation(GLuint program, GLchar const* name)
 void GLAD_API_PTR CountUseProgram(GLuint program)
 {
     ++gCounts.useProgram;
+    gCounts.programs.push_back(program);
     realUseProgram(program);
 }
 void GLAD_API_PTR CountBindFramebuffer(GLenum target, GLuint framebuffer)
@@ -70,6 +76,22 @@ void GLAD_API_PTR CountBufferData(GLenum target, GLsizeiptr size, void const* da
 {
     ++gCounts.bufferData;
     realBufferData(target, size, data, usage);
+}
+void GLAD_API_PTR CountGenTextures(GLsizei n, GLuint* textures)
+{
+    ++gCounts.created;
+    realGenTextures(n, textures);
+}
+void GLAD_API_PTR CountGenFramebuffers(GLsizei n, GLuint* framebuffers)
+{
+    ++gCounts.created;
+    realGenFramebuffers(n, framebuffers);
+}
+void GLAD_API_PTR CountTexImage2D(GLenum target, GLint level, GLint internalFormat, GLsizei width, GLsizei height,
+                                  GLint border, GLenum format, GLenum type, void const* pixels)
+{
+    ++gCounts.created;
+    realTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
 }
 void GLAD_API_PTR CountBufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, void const* data)
 {
@@ -143,6 +165,12 @@ GLCallCounter::GLCallCounter()
     realDisable = glad_glDisable;
     realBufferData = glad_glBufferData;
     realBufferSubData = glad_glBufferSubData;
+    realGenTextures = glad_glGenTextures;
+    realGenFramebuffers = glad_glGenFramebuffers;
+    realTexImage2D = glad_glTexImage2D;
+    glad_glGenTextures = CountGenTextures;
+    glad_glGenFramebuffers = CountGenFramebuffers;
+    glad_glTexImage2D = CountTexImage2D;
     glad_glGetUniformLocation = CountGetUniformLocation;
     glad_glUseProgram = CountUseProgram;
     glad_glBindFramebuffer = CountBindFramebuffer;
@@ -161,6 +189,9 @@ GLCallCounter::~GLCallCounter()
     glad_glDisable = realDisable;
     glad_glBufferData = realBufferData;
     glad_glBufferSubData = realBufferSubData;
+    glad_glGenTextures = realGenTextures;
+    glad_glGenFramebuffers = realGenFramebuffers;
+    glad_glTexImage2D = realTexImage2D;
 }
 
 int GLCallCounter::getUniformLocation() const { return gCounts.getUniformLocation; }
@@ -169,6 +200,8 @@ int GLCallCounter::bindFramebuffer() const { return gCounts.bindFramebuffer; }
 int GLCallCounter::enableDisable() const { return gCounts.enableDisable; }
 int GLCallCounter::bufferData() const { return gCounts.bufferData; }
 int GLCallCounter::bufferSubData() const { return gCounts.bufferSubData; }
+int GLCallCounter::created() const { return gCounts.created; }
+std::vector<unsigned> const& GLCallCounter::programs() const { return gCounts.programs; }
 void GLCallCounter::reset() { gCounts = Counts(); }
 
 std::vector<std::vector<uint32_t>> CaptureFeedback(std::vector<int> const& components, int count)

@@ -39,6 +39,10 @@ public:
     int enableDisable() const; // glEnable and glDisable together
     int bufferData() const;
     int bufferSubData() const;
+    // GL objects and storage made: glGenTextures, glGenFramebuffers and glTexImage2D together.
+    int created() const;
+    // The programs glUseProgram switched to, in order.
+    std::vector<unsigned> const& programs() const;
     void reset();
 };
 

@@ -6,6 +6,7 @@
 #include "OpenGL/GLView.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureCube.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/Root.h"
@@ -16,6 +17,7 @@
 #include <QImage>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cmath>
 
 namespace vel::test {
@@ -43,6 +45,7 @@ protected:
         r.light = before.light;
         r.shadow = before.shadow;
         r.LightSource = before.LightSource;
+        SetEffects(false);
         GLResourceTest::TearDown();
     }
     // One frame; the picture handed to the widget.
@@ -63,7 +66,70 @@ protected:
         float shadow;
         Vector3<float> LightSource;
     } before{};
+    // Every screen effect on, or off as by default; and wireframe.
+    static void SetEffects(bool on, bool wireframe = false)
+    {
+        Rendering& r = Rendering::instance();
+        r.EdgeDetect = r.ScreenSpaceAmbientOcclusion = r.ssss = r.fog = r.ScreenSpaceReflection = on;
+        r.LensChromaticAberration = on;
+        r.bloom = on ? 0.5f : 0.0f;
+        r.tonemap = on ? 3 : 0;
+        r.dofSize = on ? 2.0f : 0.0f;
+        r.wireframe = wireframe;
+    }
 };
+
+// Every effect on: they run in the fixed order, and after the first frame no frame makes a
+// texture or framebuffer (or storage for one). Wireframe skips SSAO, SSSS, SSR and fog alone.
+TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterTheFirstFrame)
+{
+    Rendering& r = Rendering::instance();
+    r.openResources();
+    Tool* box = new Tool(Shared<Element>(Mesh::Box().release()));
+    box->addToParent(Scene::instance().root);
+    view->viewAll();
+    ShaderManager& sm = ShaderManager::instance();
+    for (int style : {4, 7}) {
+        r.style = style;
+        for (bool wireframe : {false, true}) {
+            SCOPED_TRACE(std::to_string(style) + (wireframe ? " wireframe" : " solid"));
+            SetEffects(true, wireframe);
+            Frame(); // compiles the programs and makes the targets
+            GLCallCounter counter;
+            Frame();
+            EXPECT_EQ(counter.created(), 0);
+            std::vector<unsigned> used = counter.programs();
+            struct Step {
+                Shader* shader;
+                bool solidOnly;
+            };
+            Step const order[] = {{sm.ShaderEdgeDetection, false}, {sm.ShaderSSAO, true},
+                                  {sm.ShaderSSSS, true},          {sm.ShaderFogOrthogonal, true},
+                                  {sm.ShaderSSR, true},           {sm.ShaderFilterThresholdMul, false},
+                                  {sm.ShaderTonemapUncharted2, false}, {sm.ShaderFilterChroma, false},
+                                  {sm.ShaderFilterDepthOfField, false}};
+            auto at = used.begin();
+            for (Step const& step : order) {
+                auto found = std::find(at, used.end(), step.shader->program);
+                bool const runs = !(wireframe && step.solidOnly);
+                EXPECT_EQ(found != used.end(), runs) << step.shader->program;
+                if (found != used.end())
+                    at = found;
+            }
+        }
+    }
+    // The contour pass runs only when a tool asks for contours (material flag 0x2000).
+    SetEffects(false);
+    for (bool contours : {true, false}) { // on first: a program not yet made has the id 0
+        box->material.flags = contours ? box->material.flags | 0x2000 : box->material.flags & ~0x2000;
+        GLCallCounter counter;
+        Frame();
+        std::vector<unsigned> const& used = counter.programs();
+        EXPECT_EQ(std::count(used.begin(), used.end(), sm.ShaderContour->program), contours ? 1 : 0);
+    }
+    Scene::instance().init(false);
+    r.closeResources();
+}
 
 TEST_F(GLViewTest, AnEmptySceneClearsAndCompositesTheBackground)
 {
@@ -202,13 +268,8 @@ TEST_F(GLViewTest, AShadowFallsUnderTheOccluder)
     std::vector<float> shaded = Pixels(view->current());
     ExpectMatchesReference(shaded, W, H, "shadow");
     // Pixels of floor points under the occluder darken by the strength; others stay.
-    auto pixelOf = [&](Vector3<double> const& p) {
-        Vector4<double> c = Vector4<double>(p.x, p.y, p.z, 1) * Shader::ProjectionModelViewMatrix;
-        return std::pair{int((c.x / c.w + 1) * 0.5 * W), int((c.y / c.w + 1) * 0.5 * H)};
-    };
     for (auto [x, under] : {std::pair{-150.0, true}, {150.0, false}}) {
-        auto [px, py] = pixelOf({x, 0, 0});
-        ASSERT_TRUE(px >= 0 && px < W && py >= 0 && py < H);
+        auto [px, py] = PixelOf({x, 0, 0}, W, H);
         float before = At(lit, W, px, py).x, after = At(shaded, W, px, py).x;
         EXPECT_GT(before, 0.3f);
         EXPECT_NEAR(after, under ? before * 0.2f : before, 0.02f) << "x " << x;

@@ -1,6 +1,6 @@
 // MixRefractMix: the fragment stage of "MixRefract" and "MixRefractTestOpaque" (with
-// TEST_OPAQUE: the displaced, blurred opaque picture alone); see "MixRefract".
-uniform sampler2D Opaques[5];
+// TEST_OPAQUE: the displaced, blurred opaque picture alone); see "MixRefract". The including
+// file includes BlurLevels first.
 uniform sampler2D Transparent;
 uniform sampler2D OpaqueDepth;
 uniform sampler2D TransparentDepth;
@@ -13,24 +13,6 @@ uniform float chroma;
 uniform float glowStrength;
 in vec2 vUV;
 out vec4 oColor;
-// GLSL 3.30 indexes sampler arrays by constants only.
-vec4 level(int i, vec2 uv)
-{
-    if (i <= 0)
-        return texture(Opaques[0], uv);
-    if (i == 1)
-        return texture(Opaques[1], uv);
-    if (i == 2)
-        return texture(Opaques[2], uv);
-    if (i == 3)
-        return texture(Opaques[3], uv);
-    return texture(Opaques[4], uv);
-}
-vec4 blurred(vec2 uv, float r)
-{
-    int i = int(floor(r));
-    return mix(level(i, uv), level(i + 1, uv), fract(r));
-}
 void main()
 {
     // A transparent surface behind the opaque one is hidden by it.

@@ -1,0 +1,87 @@
+// The screen effects at 1280x800 on the tests' surfaceless context (llvmpipe by default, a GPU
+// where the driver offers one): each effect alone on a composited PBR frame of three spheres,
+// and the whole chain with every effect on. glFinish is inside the timing.
+#include "SphereScene.h"
+
+#include "OpenGL/GLView.h"
+#include "OpenGL/Rendering.h"
+
+#include <glad/gl.h>
+
+#include <functional>
+#include <iterator>
+
+namespace {
+
+using namespace vel;
+
+struct Effect {
+    char const* name;
+    void (GLView::*pass)();
+};
+// In the frame's order, the contours first (they run before the others).
+Effect const EFFECTS[] = {
+    {"contour", &GLView::contour},
+    {"edge detection", &GLView::edgeDetection},
+    {"SSAO", &GLView::SSAO},
+    {"SSSS", &GLView::SSSS},
+    {"fog", &GLView::fog},
+    {"SSR", &GLView::SSR},
+    {"bloom", &GLView::bloom},
+    {"tonemap", &GLView::tonemap},
+    {"chromatic aberration", &GLView::chromaticAberration},
+    {"depth of field", &GLView::depthOfField},
+};
+
+// Every effect on, at settings that do some work; or all off again.
+void SetAllEffects(Rendering& r, bool on)
+{
+    r.EdgeDetect = r.ScreenSpaceAmbientOcclusion = r.ssss = r.fog = r.ScreenSpaceReflection = on;
+    r.LensChromaticAberration = on;
+    r.bloom = on ? 0.5f : 0.0f;
+    r.tonemap = on ? 3 : 0;
+    r.dofSize = on ? 2.0f : 0.0f;
+}
+
+// A view of three spheres in the PBR style with every effect on, its first frame rendered;
+// `body` on it; then every effect off again.
+void WithView(benchmark::State& state, std::function<void(GLView&)> const& body)
+{
+    SetAllEffects(Rendering::instance(), true);
+    bench::WithSphereScene(state, 4, Rendering::STYLE_PBR, [&](GLView& view, Mesh const&) {
+        view.renderOnly = true;
+        body(view);
+    });
+    SetAllEffects(Rendering::instance(), false);
+}
+
+void BM_Effect(benchmark::State& state)
+{
+    Effect const& effect = EFFECTS[state.range(0)];
+    WithView(state, [&](GLView& view) {
+        (view.*effect.pass)(); // a program the first frame did not need (contours) compiles here
+        glFinish();
+        for (auto _ : state) {
+            (view.*effect.pass)();
+            glFinish();
+        }
+    });
+    state.SetLabel(std::string(effect.name) + ", 1280x800");
+}
+BENCHMARK(BM_Effect)->DenseRange(0, int(std::size(EFFECTS)) - 1)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The chain of step 18 with every effect on, and the contours before it.
+void BM_EffectChain(benchmark::State& state)
+{
+    WithView(state, [&](GLView& view) {
+        for (auto _ : state) {
+            for (Effect const& effect : EFFECTS)
+                (view.*effect.pass)();
+            glFinish();
+        }
+    });
+    state.SetLabel("every effect, 1280x800");
+}
+BENCHMARK(BM_EffectChain)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+} // namespace

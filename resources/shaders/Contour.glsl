@@ -1,0 +1,6 @@
+// Contour: outlines of the objects marked for contours; see Include/Contour.
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#include ":/shaders/Include/RenderFlags.glsl"
+#include ":/shaders/Include/Contour.glsl"

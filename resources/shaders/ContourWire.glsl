@@ -1,0 +1,7 @@
+// ContourWire: outlines of the objects marked for contours; see Include/Contour.
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#include ":/shaders/Include/RenderFlags.glsl"
+#define WIRE
+#include ":/shaders/Include/Contour.glsl"

@@ -1,0 +1,29 @@
+// FogOrthogonal: distance fog. Each drawn pixel's eye distance (its depth along the view axis)
+// comes from the depth texture "Depth" through "ProjectionMatrixInv", so that one program
+// serves both cameras; from "NearFar".x
+// to "NearFar".y the picture "Image" turns linearly towards "FogColor".rgb, up to the strength
+// "FogColor".a. The background (depth 1) is left as it is.
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#include ":/shaders/Include/ScreenSpace.glsl"
+uniform sampler2D Image;
+uniform sampler2D Depth;
+uniform mat4 ProjectionMatrixInv;
+uniform vec2 NearFar;
+uniform vec4 FogColor;
+out vec4 oColor;
+void main()
+{
+    ivec2 pixel = ivec2(gl_FragCoord.xy);
+    vec4 c = texelFetch(Image, pixel, 0);
+    float d = texelFetch(Depth, pixel, 0).r;
+    if (d >= 1.0) {
+        oColor = c;
+        return;
+    }
+    vec2 uv = (vec2(pixel) + 0.5) / vec2(textureSize(Depth, 0));
+    float distance = abs(ViewPosition(ProjectionMatrixInv, uv, d).z);
+    float f = clamp((distance - NearFar.x) / max(NearFar.y - NearFar.x, 1e-6), 0.0, 1.0) * FogColor.a;
+    oColor = vec4(mix(c.rgb, FogColor.rgb, f), c.a);
+}

@@ -1,0 +1,7 @@
+// SimpleEdgeDetection: edges where object ids change, for normals that come from depth (the
+// fast setting) and would mark every facet; see Include/Edges.
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#define IDS_ONLY
+#include ":/shaders/Include/Edges.glsl"

@@ -1,0 +1,98 @@
+// The composite's own screen effects on a G-buffer of known geometry: a floor meeting a low
+// wall, seen from above and in front, so that one picture holds a crease, an open plane and
+// the background.
+#include "FrameTestSupport.h"
+#include "GLResourceTest.h"
+
+#include "OpenGL/Camera.h"
+#include "OpenGL/GLVisual.h"
+#include "OpenGL/Rendering.h"
+#include "OpenGL/Shader.h"
+
+#include <functional>
+
+namespace vel::test {
+namespace {
+
+constexpr int W = 64;
+constexpr int H = 48;
+constexpr float HALF = 1000.0f; // half the floor's side; the wall is a fifth of it high
+
+class GLCompositTest : public GLResourceTest {
+protected:
+    void SetUp() override
+    {
+        GLResourceTest::SetUp();
+        Rendering& r = Rendering::instance();
+        saved = {r.style, r.ssaoStrength, r.ssssStrength};
+        r.style = 4;
+        visual.reset(new GLVisual(W, H));
+        Camera camera;
+        camera.position = {0, 0, 0};
+        camera.distance = 2500;
+        camera.rotation = Matrix3<double>::Rotation(0.6, 0.0, 0.0);
+        visual->zNear = 100.0f;
+        visual->buildMatrices(camera, {});
+        visual->renderClear();
+        PaintFloor(*visual->Layers, HALF);
+        PaintQuad(*visual->Layers, {-HALF, 0, -HALF}, {2 * HALF, 0, 0}, {0, 0.2f * HALF, 0}, {0, 0, 1}, 2);
+        visual->contentFlags.set(0);
+        visual->composit(0.0f);
+    }
+    void TearDown() override
+    {
+        visual.reset();
+        Rendering& r = Rendering::instance();
+        r.style = saved.style;
+        r.ssaoStrength = saved.ssao;
+        r.ssssStrength = saved.ssss;
+        GLResourceTest::TearDown();
+    }
+    std::unique_ptr<GLVisual> visual;
+    struct {
+        int style;
+        float ssao, ssss;
+    } saved{};
+};
+
+TEST_F(GLCompositTest, SSAOAndSSSSChangeTheCreaseAloneAndNothingAtZeroStrength)
+{
+    struct Case {
+        char const* name;
+        float Rendering::*strength;
+        std::function<void(GLVisual&)> pass;
+        int creaseSign; // -1 darker, +1 brighter
+    };
+    Case const cases[] = {
+        {"SSAO", &Rendering::ssaoStrength, [](GLVisual& v) { v.SSAO(); }, -1},
+        {"SSSS", &Rendering::ssssStrength, [](GLVisual& v) { v.SSSS(); }, +1},
+    };
+    std::vector<float> const before = Pixels(visual->current());
+    auto [cx, cy] = PixelOf({0, 0.02 * HALF, -0.98 * HALF}, W, H);
+    auto [ox, oy] = PixelOf({0, 0, 0.5 * HALF}, W, H);
+    Vector4<float> const background = At(before, W, W / 2, H - 1);
+    ASSERT_NEAR(background.x, Rendering::instance().background.x, 1e-5f) << "the top row shows the background";
+    for (Case const& test : cases) {
+        SCOPED_TRACE(test.name);
+        for (float strength : {0.0f, 1.0f}) {
+            Rendering::instance().*test.strength = strength;
+            int const index = visual->index;
+            test.pass(*visual);
+            EXPECT_NE(visual->index, index) << "the pass runs even at zero strength";
+            std::vector<float> after = Pixels(visual->current());
+            visual->flip(); // back to the composite
+            float const crease = At(after, W, cx, cy).x - At(before, W, cx, cy).x;
+            if (strength == 0) {
+                EXPECT_EQ(after, before);
+                continue;
+            }
+            EXPECT_GT(crease * float(test.creaseSign), 0.01f) << "the crease";
+            EXPECT_NEAR(At(after, W, ox, oy).x, At(before, W, ox, oy).x, 1e-5f) << "the open floor";
+            for (int x = 0; x < W; ++x) // the background row
+                ASSERT_EQ(At(after, W, x, H - 1).x, At(before, W, x, H - 1).x) << x;
+        }
+    }
+}
+
+} // namespace
+} // namespace vel::test
