@@ -1,0 +1,19 @@
+// Deform: the displacement, faded by the falloff. PARAMETERS = (1/radius, falloff).
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#include ":/shaders/Clay/ClayCommon.glsl"
+
+uniform vec3 center;
+uniform vec3 displacement;
+uniform vec4 PARAMETERS;
+layout(location = 0) out vec3 deformation;
+void main()
+{
+    int info;
+    vec3 position;
+    if (!ClayVertex(info, position))
+        discard;
+    float r = length((position - center) * PARAMETERS.x);
+    deformation = displacement * Falloff(r, PARAMETERS.y);
+}

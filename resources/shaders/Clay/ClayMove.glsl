@@ -1,0 +1,16 @@
+// Move: "delta" everywhere (sculptmove clears to it instead of drawing).
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#include ":/shaders/Clay/ClayCommon.glsl"
+
+uniform vec3 delta;
+layout(location = 0) out vec3 deformation;
+void main()
+{
+    int info;
+    vec3 position;
+    if (!ClayVertex(info, position))
+        discard;
+    deformation = delta;
+}

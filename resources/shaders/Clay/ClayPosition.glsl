@@ -1,0 +1,22 @@
+// Apply: position plus the step's deformation into another copy, or (BLEND) the deformation
+// alone, added by blending onto the positions in place.
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#include ":/shaders/Clay/ClayCommon.glsl"
+
+uniform sampler2D Deformations;
+layout(location = 0) out vec3 result;
+void main()
+{
+    int info;
+    vec3 position;
+    if (!ClayVertex(info, position))
+        discard;
+    vec3 d = texelFetch(Deformations, ivec2(gl_FragCoord.xy), 0).xyz;
+#ifdef BLEND
+    result = d;
+#else
+    result = position + d;
+#endif
+}
