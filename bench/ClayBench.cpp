@@ -48,18 +48,27 @@ struct Bench {
         }();
         return *clay;
     }
+
+    // The grid with its tables built; null (the run skipped) when either fails.
+    vel::Clay* openGrid(benchmark::State& state)
+    {
+        if (!open(state))
+            return nullptr;
+        if (!Grid().buildGPUData()) {
+            state.SkipWithError("the tables do not build");
+            return nullptr;
+        }
+        return &Grid();
+    }
 };
 
 void BM_ClaySculptStep(benchmark::State& state)
 {
     Bench bench;
-    if (!bench.open(state))
+    vel::Clay* grid = bench.openGrid(state);
+    if (!grid)
         return;
-    vel::Clay& clay = Bench::Grid();
-    if (!clay.buildGPUData()) {
-        state.SkipWithError("the tables do not build");
-        return;
-    }
+    vel::Clay& clay = *grid;
     std::vector<Vec> centers, displacements;
     for (int i = 0; i < state.range(0); ++i) {
         centers.emplace_back(-0.4f + 0.1f * float(i), 0.1f, 0.0f);
@@ -143,13 +152,10 @@ BENCHMARK(BM_ClayBuildGPUData)->Unit(benchmark::kMillisecond);
 void BM_ClayDiffPositions(benchmark::State& state)
 {
     Bench bench;
-    if (!bench.open(state))
+    vel::Clay* grid = bench.openGrid(state);
+    if (!grid)
         return;
-    vel::Clay& clay = Bench::Grid();
-    if (!clay.buildGPUData()) {
-        state.SkipWithError("the tables do not build");
-        return;
-    }
+    vel::Clay& clay = *grid;
     clay.copy_positions(clay.positionRoles.current, clay.positionRoles.backup);
     clay.deform({Vec(0.0f, 0.0f, 0.0f)}, {Vec(0.0f, 0.0f, 0.01f)}, 0.2f, 0.5f);
     clay.apply_deformations();

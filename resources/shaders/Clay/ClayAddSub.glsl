@@ -11,10 +11,7 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 p = (position - center) * PARAMETERS.x;
     float S = Falloff(length(p), PARAMETERS.y);
     deformation = S * PARAMETERS.w * max(PARAMETERS.z - dot(p, normal), 0.0) * normal;

@@ -13,10 +13,7 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     float height = PARAMETERS.y;
     vec3 q = (position - center) * frame;
     vec3 s = step(abs(q), vec3(1.0, 1.0, height));

@@ -14,10 +14,7 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 p = (position - center) * PARAMETERS.z;
     float r = step(-1.0, -dot(p, p));
     vec3 q = p * frame;

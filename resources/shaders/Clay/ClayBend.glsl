@@ -11,10 +11,7 @@ uniform float R;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 p = position - center;
     float x = dot(p, axis);
     float y = dot(p, modif);

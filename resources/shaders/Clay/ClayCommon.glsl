@@ -12,6 +12,17 @@
 #define INVALID(x) ((x) == -1)
 #define NO_RECORD 0x0fffffff
 
+// The corner after `c` in a smooth fan of the half-edge table `hfen` (addresses without
+// flags): the twin of c's next, or -1 at a sharp or border edge and back at `start`.
+int NextInFan(isampler2D hfen, int c, int start)
+{
+    ivec4 next = texelFetch(hfen, ENCODE(NOFLAGS(texelFetch(hfen, ENCODE(c), 0).w)), 0);
+    if (SHARP(next.x))
+        return -1;
+    int twin = NOFLAGS(next.x);
+    return twin == start ? -1 : twin;
+}
+
 #ifndef CLAY_TABLES_ONLY
 uniform isampler2D VertsInfo;
 uniform sampler2D Positions;
@@ -24,6 +35,11 @@ bool ClayVertex(out int info, out vec3 position)
     position = texelFetch(Positions, texel, 0).xyz;
     return !INVALID(info);
 }
+// The opening of every pass: `info` and `position` of the texel's vertex, padding discarded.
+#define CLAY_VERTEX_OR_DISCARD \
+    int info;                  \
+    vec3 position;             \
+    if (!ClayVertex(info, position)) discard
 
 // The brush falloff at distance r (in radii): 1 up to r = falloff, exactly 0 from r = 1 on,
 // smooth between. Written out rather than smoothstep(1, falloff, r), whose reversed edges GLSL

@@ -13,10 +13,7 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 p = (position - center) * PARAMETERS.x;
     vec3 q = abs(p * frame);
     float across = 1.0 - q.y;

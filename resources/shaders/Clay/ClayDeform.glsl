@@ -10,10 +10,7 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     float r = length((position - center) * PARAMETERS.x);
     deformation = displacement * Falloff(r, PARAMETERS.y);
 }

@@ -11,10 +11,7 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     float iradius2 = PARAMETERS.x;
     vec3 x = position - center;
     float t2 = dot(x, x) * iradius2;

@@ -9,10 +9,7 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 d = position - center;
     vec3 p = d * PARAMETERS.x;
     float r = 1.0 - min(dot(p, p), 1.0);

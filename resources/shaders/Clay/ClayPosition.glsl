@@ -9,10 +9,7 @@ uniform sampler2D Deformations;
 layout(location = 0) out vec3 result;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 d = texelFetch(Deformations, ivec2(gl_FragCoord.xy), 0).xyz;
 #ifdef BLEND
     result = d;

@@ -9,9 +9,6 @@ uniform mat3 rotation;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     deformation = rotation * (position - center);
 }

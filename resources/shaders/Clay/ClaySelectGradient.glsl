@@ -11,9 +11,6 @@ uniform float strength;
 layout(location = 0) out float weight;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     weight = strength * (1.0 - clamp(dot(position - center, direction), 0.0, 1.0));
 }

@@ -9,9 +9,6 @@ uniform vec4 PARAMETERS;
 layout(location = 0) out float weight;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     weight = PARAMETERS.z * Falloff(length((position - center) * PARAMETERS.x), PARAMETERS.y);
 }

@@ -11,9 +11,6 @@ uniform vec3 modif;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     deformation = dot(position - center, modif) * axis;
 }

@@ -19,10 +19,7 @@ vec3 At(int address)
 }
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     deformation = vec3(0.0);
     vec3 p = (position - center) * PARAMETERS.x;
     if (ANCHOR(info) || dot(p, p) >= 1.0 || NOFLAGS(info) == NO_RECORD)

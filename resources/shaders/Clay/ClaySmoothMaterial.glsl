@@ -28,7 +28,7 @@ void main()
     vec4 sumColor = vec4(0.0), sumLight = vec4(0.0);
     vec2 sumRough = vec2(0.0);
     float n = 0.0;
-    for (int i = 0; i < FAN_MAX; ++i) {
+    for (int i = 0; i < FAN_MAX && c >= 0; ++i) {
         vec4 colorAlpha, lightThick;
         vec2 roughMetal;
         DecodeMaterialUnsigned(texelFetch(iEdgesMaterial, ENCODE(c), 0), colorAlpha, lightThick, roughMetal);
@@ -36,13 +36,7 @@ void main()
         sumLight += lightThick;
         sumRough += roughMetal;
         n += 1.0;
-        ivec4 hc = texelFetch(iEdgesHFEN, ENCODE(c), 0);
-        ivec4 next = texelFetch(iEdgesHFEN, ENCODE(NOFLAGS(hc.w)), 0);
-        if (SHARP(next.x))
-            break;
-        c = NOFLAGS(next.x);
-        if (c == start)
-            break;
+        c = NextInFan(iEdgesHFEN, c, start);
     }
     vec4 colorAlpha, lightThick;
     vec2 roughMetal;

@@ -10,10 +10,7 @@ uniform float angle;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 p = position - center;
 #if defined(X_AXIS)
     float a = angle * p.x;

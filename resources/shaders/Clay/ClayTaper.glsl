@@ -10,10 +10,7 @@ uniform vec3 modif;
 layout(location = 0) out vec3 deformation;
 void main()
 {
-    int info;
-    vec3 position;
-    if (!ClayVertex(info, position))
-        discard;
+    CLAY_VERTEX_OR_DISCARD;
     vec3 p = position - center;
     deformation = modif * (dot(p, axis) * dot(p, modif));
 }

@@ -18,15 +18,9 @@ void main()
     int start = NOFLAGS(h.z);
     int c = start;
     vec3 sum = vec3(0.0);
-    for (int i = 0; i < FAN_MAX; ++i) {
-        ivec4 hc = texelFetch(EdgesHFEN, ENCODE(c), 0);
-        sum += texelFetch(FacesN, ENCODE(hc.y), 0).xyz;
-        ivec4 next = texelFetch(EdgesHFEN, ENCODE(NOFLAGS(hc.w)), 0);
-        if (SHARP(next.x))
-            break;
-        c = NOFLAGS(next.x);
-        if (c == start)
-            break;
+    for (int i = 0; i < FAN_MAX && c >= 0; ++i) {
+        sum += texelFetch(FacesN, ENCODE(texelFetch(EdgesHFEN, ENCODE(c), 0).y), 0).xyz;
+        c = NextInFan(EdgesHFEN, c, start);
     }
     normal = vec4(dot(sum, sum) > 0.0 ? normalize(sum) : vec3(0.0), 0.0);
 }

@@ -299,57 +299,61 @@ long long Clay::gpuTableBytes() const
 
 // ---- normals ------------------------------------------------------------------------------
 
-namespace {
-
-// Binds `textures` in order after the shader, names each sampler, and draws one full-screen
-// quad over the viewport the caller set.
-void TablePass(Shader* shader, std::vector<std::pair<char const*, Texture2D*>> const& textures)
+Clay::KeepDrawTarget::KeepDrawTarget()
 {
-    GLMachine m;
-    m.add(shader);
-    for (auto const& t : textures)
-        m.add(t.second);
-    VEL_ASSERT(m.enable());
-    for (auto const& t : textures)
-        Shader::setUniform(t.first, t.second->unit);
-    GLFill();
-    m.disable();
+    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &framebuffer);
+    glGetIntegerv(GL_VIEWPORT, viewport);
 }
 
-} // namespace
+Clay::KeepDrawTarget::~KeepDrawTarget()
+{
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, GLuint(framebuffer));
+    FBO::DRAW_ID = unsigned(framebuffer);
+    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+}
+
+void Clay::TablePass(FBO& fbo, Texture2D* target, Shader* shader, NamedTextures const& textures,
+                     std::function<void()> const& draw)
+{
+    KeepDrawTarget keep;
+    VEL_ASSERT(fbo.enableDraw());
+    glViewport(0, 0, fbo.width, fbo.height);
+    glDrawBuffer(GLenum(target->attachment));
+    GLMachine m;
+    if (shader) {
+        m.add(shader);
+        for (auto const& t : textures)
+            m.add(t.second);
+        VEL_ASSERT(m.enable());
+        for (auto const& t : textures)
+            Shader::setUniform(t.first, t.second->unit);
+    }
+    draw();
+    if (shader)
+        m.disable();
+}
 
 void Clay::calculateFacesNormals()
 {
-    VEL_ASSERT(fboF->enableDraw());
-    glViewport(0, 0, fboF->width, fboF->height);
-    glDrawBuffer(GLenum(facesNormal->attachment));
-    TablePass(ShaderManager::instance().ShaderClayFacesNormal,
+    TablePass(*fboF, facesNormal, ShaderManager::instance().ShaderClayFacesNormal,
               {{"Positions", positions[std::size_t(positionRoles.current)]},
                {"FacesE", facesECP.get()},
-               {"EdgesVE", edgesVE.get()}});
+               {"EdgesVE", edgesVE.get()}},
+              GLFill);
 }
 
 void Clay::calculateVertsNormals()
 {
-    VEL_ASSERT(fboE->enableDraw());
-    glViewport(0, 0, fboE->width, fboE->height);
-    glDrawBuffer(GLenum(edgesNormal->attachment));
-    TablePass(ShaderManager::instance().ShaderClayVertsNormals,
-              {{"EdgesHFEN", edgesHFEN.get()}, {"FacesN", facesNormal}});
+    TablePass(*fboE, edgesNormal, ShaderManager::instance().ShaderClayVertsNormals,
+              {{"EdgesHFEN", edgesHFEN.get()}, {"FacesN", facesNormal}}, GLFill);
 }
 
 void Clay::updateNormals()
 {
-    GLint previous = 0, viewport[4];
-    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &previous);
-    glGetIntegerv(GL_VIEWPORT, viewport);
     bool blend = glIsEnabled(GL_BLEND);
     glDisable(GL_BLEND);
     calculateFacesNormals();
     calculateVertsNormals();
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, GLuint(previous));
-    FBO::DRAW_ID = unsigned(previous);
-    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
     if (blend)
         glEnable(GL_BLEND);
 }

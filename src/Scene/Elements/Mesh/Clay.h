@@ -213,6 +213,26 @@ public:
     static bool AbsoluteDeformAction(int action);
     static bool AbsoluteMaterialAction(int action);
 
+    // The caller's draw framebuffer and viewport, given back when this goes: every pass and
+    // stroke leaves them as it found them.
+    class KeepDrawTarget {
+    public:
+        KeepDrawTarget();
+        ~KeepDrawTarget();
+        KeepDrawTarget(KeepDrawTarget const&) = delete;
+        KeepDrawTarget& operator=(KeepDrawTarget const&) = delete;
+
+    private:
+        int framebuffer = 0;
+        int viewport[4] = {0, 0, 1, 1};
+    };
+    using NamedTextures = std::vector<std::pair<char const*, Texture2D*>>;
+    // One pass over a whole table: draws into `target` (attached to `fbo`) with `shader` (may
+    // be null: `draw` then only clears) and `textures` bound, each sampler named; `draw`
+    // sets the rest and issues the draws.
+    static void TablePass(FBO& fbo, Texture2D* target, Shader* shader, NamedTextures const& textures,
+                          std::function<void()> const& draw);
+
 private:
     // The material role the render reads and the paint passes write.
     int materialTarget() const;
@@ -220,8 +240,7 @@ private:
     // with additive blending; `uniforms(i)` sets sculptor i's uniforms, `textures` are
     // bound beside VertsInfo and Positions under their names.
     void pass(Shader* shader, Texture2D* target, Vector3<float> const& clear, int sculptors,
-              std::function<void(int)> const& uniforms,
-              std::vector<std::pair<char const*, Texture2D*>> const& textures = {});
+              std::function<void(int)> const& uniforms, NamedTextures const& textures = {});
     int savedDataType = -1; // the data type before a paint stroke raised it
 };
 

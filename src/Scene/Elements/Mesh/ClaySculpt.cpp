@@ -42,31 +42,17 @@ ShaderManager const& Shaders()
 // ---- the pass of every step -------------------------------------------------------------
 
 void Clay::pass(Shader* shader, Texture2D* target, Vec const& clear, int sculptors,
-                std::function<void(int)> const& uniforms,
-                std::vector<std::pair<char const*, Texture2D*>> const& textures)
+                std::function<void(int)> const& uniforms, NamedTextures const& textures)
 {
     if (!buildGPUData())
         return;
-    GLint previous = 0, viewport[4];
-    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &previous);
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    VEL_ASSERT(fboV->enableDraw());
-    glViewport(0, 0, fboV->width, fboV->height);
-    glDrawBuffer(GLenum(target->attachment));
-    float const value[4] = {clear.x, clear.y, clear.z, 0.0f};
-    glClearBufferfv(GL_COLOR, 0, value);
-    if (shader && sculptors > 0) {
-        GLMachine m;
-        m.add(shader);
-        m.add(vertsInfo.get());
-        m.add(positions[std::size_t(positionRoles.current)]);
-        for (auto const& t : textures)
-            m.add(t.second);
-        VEL_ASSERT(m.enable());
-        Shader::setUniform("VertsInfo", vertsInfo->unit);
-        Shader::setUniform("Positions", positions[std::size_t(positionRoles.current)]->unit);
-        for (auto const& t : textures)
-            Shader::setUniform(t.first, t.second->unit);
+    NamedTextures all = {{"VertsInfo", vertsInfo.get()}, {"Positions", positions[std::size_t(positionRoles.current)]}};
+    all.insert(all.end(), textures.begin(), textures.end());
+    TablePass(*fboV, target, sculptors > 0 ? shader : nullptr, all, [&]() {
+        float const value[4] = {clear.x, clear.y, clear.z, 0.0f};
+        glClearBufferfv(GL_COLOR, 0, value);
+        if (!shader || sculptors <= 0)
+            return;
         // The sculptors' contributions sum in the float target.
         glEnable(GL_BLEND);
         glBlendEquation(GL_FUNC_ADD);
@@ -76,11 +62,7 @@ void Clay::pass(Shader* shader, Texture2D* target, Vec const& clear, int sculpto
             GLFill();
         }
         glDisable(GL_BLEND);
-        m.disable();
-    }
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, GLuint(previous));
-    FBO::DRAW_ID = unsigned(previous);
-    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+    });
 }
 
 // ---- sculpt steps -----------------------------------------------------------------------
@@ -337,65 +319,23 @@ void Clay::apply_deformations()
 {
     if (!buildGPUData())
         return;
-    GLint previous = 0, viewport[4];
-    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &previous);
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    VEL_ASSERT(fboV->enableDraw());
-    glViewport(0, 0, fboV->width, fboV->height);
     Shader* shader = absoluteDeform ? Shaders().ShaderClayPosition : Shaders().ShaderClayPositionBlend;
     // Absolute: start + deformation into `deformed`, the start untouched. Incremental: the
     // deformation added onto `current` by blending; the pass then reads positions only for its
     // padding test, from a copy it does not write.
     Texture2D* target = positions[std::size_t(absoluteDeform ? positionRoles.deformed : positionRoles.current)];
     Texture2D* source = absoluteDeform ? positions[std::size_t(positionRoles.current)] : deformations;
-    glDrawBuffer(GLenum(target->attachment));
-    GLMachine m{shader, vertsInfo.get(), source, deformations};
-    VEL_ASSERT(m.enable());
-    Shader::setUniform("VertsInfo", vertsInfo->unit);
-    Shader::setUniform("Positions", source->unit);
-    Shader::setUniform("Deformations", deformations->unit);
-    if (!absoluteDeform) {
-        glEnable(GL_BLEND);
-        glBlendEquation(GL_FUNC_ADD);
-        glBlendFunc(GL_ONE, GL_ONE);
-    }
-    GLFill();
-    glDisable(GL_BLEND);
-    m.disable();
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, GLuint(previous));
-    FBO::DRAW_ID = unsigned(previous);
-    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+    TablePass(*fboV, target, shader,
+              {{"VertsInfo", vertsInfo.get()}, {"Positions", source}, {"Deformations", deformations}}, [&]() {
+                  if (!absoluteDeform) {
+                      glEnable(GL_BLEND);
+                      glBlendEquation(GL_FUNC_ADD);
+                      glBlendFunc(GL_ONE, GL_ONE);
+                  }
+                  GLFill();
+                  glDisable(GL_BLEND);
+              });
 }
-
-namespace {
-
-// Runs a material pass over the half-edge table of `fbo` into `target`.
-void MaterialPass(FBO& fbo, Texture2D* target, Shader* shader,
-                  std::vector<std::pair<char const*, Texture2D*>> const& textures,
-                  std::function<void()> const& uniforms)
-{
-    GLint previous = 0, viewport[4];
-    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &previous);
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    VEL_ASSERT(fbo.enableDraw());
-    glViewport(0, 0, fbo.width, fbo.height);
-    glDrawBuffer(GLenum(target->attachment));
-    GLMachine m;
-    m.add(shader);
-    for (auto const& t : textures)
-        m.add(t.second);
-    VEL_ASSERT(m.enable());
-    for (auto const& t : textures)
-        Shader::setUniform(t.first, t.second->unit);
-    uniforms();
-    GLFill();
-    m.disable();
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, GLuint(previous));
-    FBO::DRAW_ID = unsigned(previous);
-    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
-}
-
-} // namespace
 
 void Clay::apply_materials(Vector4<float> const& colorAlpha, Vector4<float> const& lightThick,
                            Vector4<float> const& masks, Vector4<float> const& roughMetal)
@@ -410,9 +350,11 @@ void Clay::apply_materials(Vector4<float> const& colorAlpha, Vector4<float> cons
                                   lightThick.x, lightThick.y, lightThick.z, lightThick.w,
                                   masks.x,      masks.y,      masks.z,      masks.w,
                                   roughMetal.x, roughMetal.y, roughMetal.z, roughMetal.w};
-    MaterialPass(*fboE, target, Shaders().ShaderClayMaterial,
-                 {{"iEdgesVE", edgesVE.get()}, {"iEdgesMaterial", source}, {"iVerticesWeight", vertsWeight}},
-                 [&]() { Shader::setUniformArray("PARAMETERS", 4, parameters, 4); });
+    TablePass(*fboE, target, Shaders().ShaderClayMaterial,
+              {{"iEdgesVE", edgesVE.get()}, {"iEdgesMaterial", source}, {"iVerticesWeight", vertsWeight}}, [&]() {
+                  Shader::setUniformArray("PARAMETERS", 4, parameters, 4);
+                  GLFill();
+              });
     if (!absoluteMaterial)
         std::swap(materialRoles.current, materialRoles.deformed);
 }
@@ -424,12 +366,12 @@ void Clay::smooth_materials()
     // Neighbours are read: the pass writes the other copy, and the roles change places.
     Texture2D* source = edgesMaterial[std::size_t(materialRoles.current)];
     Texture2D* target = edgesMaterial[std::size_t(materialRoles.deformed)];
-    MaterialPass(*fboE, target, Shaders().ShaderClaySmoothMaterial,
-                 {{"iEdgesVE", edgesVE.get()},
-                  {"iEdgesHFEN", edgesHFEN.get()},
-                  {"iEdgesMaterial", source},
-                  {"iVerticesWeight", vertsWeight}},
-                 []() {});
+    TablePass(*fboE, target, Shaders().ShaderClaySmoothMaterial,
+              {{"iEdgesVE", edgesVE.get()},
+               {"iEdgesHFEN", edgesHFEN.get()},
+               {"iEdgesMaterial", source},
+               {"iVerticesWeight", vertsWeight}},
+              GLFill);
     std::swap(materialRoles.current, materialRoles.deformed);
 }
 
@@ -455,9 +397,7 @@ void Clay::sculpt(int action, int samples, ClayStrokeState state,
 {
     if (!buildGPUData())
         return;
-    GLint previous = 0, viewport[4];
-    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &previous);
-    glGetIntegerv(GL_VIEWPORT, viewport);
+    KeepDrawTarget keep;
     gl_Depth_Test.set(false);
     gl_Stencil_Test.set(false);
     gl_Cull_Face.set(false);
@@ -479,7 +419,7 @@ void Clay::sculpt(int action, int samples, ClayStrokeState state,
         else
             copy_positions(positionRoles.current, positionRoles.backup);
     }
-    // The strokes's draws go to the vertex table.
+    // The stroke's draws go to the vertex table.
     VEL_ASSERT(fboV->enableDraw());
     glViewport(0, 0, fboV->width, fboV->height);
     bool stepped = false;
@@ -545,9 +485,6 @@ void Clay::sculpt(int action, int samples, ClayStrokeState state,
     Shader::Current = nullptr;
     Shader::id = 0;
     glUseProgram(0);
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, GLuint(previous));
-    FBO::DRAW_ID = unsigned(previous);
-    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
 }
 
 void Clay::cancel_sculpt()
