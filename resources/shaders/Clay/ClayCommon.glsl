@@ -36,10 +36,8 @@ bool ClayVertex(out int info, out vec3 position)
     return !INVALID(info);
 }
 // The opening of every pass: `info` and `position` of the texel's vertex, padding discarded.
-#define CLAY_VERTEX_OR_DISCARD \
-    int info;                  \
-    vec3 position;             \
-    if (!ClayVertex(info, position)) discard
+// (One line: GLSL 3.30 has no line continuation.)
+#define CLAY_VERTEX_OR_DISCARD int info; vec3 position; if (!ClayVertex(info, position)) discard
 
 // The brush falloff at distance r (in radii): 1 up to r = falloff, exactly 0 from r = 1 on,
 // smooth between. Written out rather than smoothstep(1, falloff, r), whose reversed edges GLSL

@@ -100,7 +100,11 @@ void Clay::subdivide(bool smooth)
 void Clay::prepareSave()
 {
     ClayToMesh();
+    // Compaction renumbers records: the tables then follow the new numbers.
+    bool renumbered = hasInactive;
     Mesh::prepareSave();
+    if (renumbered && vertexBuffer != 0)
+        MeshToClay();
 }
 
 // ---- the tables ---------------------------------------------------------------------------
