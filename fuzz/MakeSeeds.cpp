@@ -4,6 +4,7 @@
 #include "Math/Matrix34.h"
 #include "mainwindow/ConfigFile.h"
 #include "OpenGL/ShaderManager.h"
+#include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/OFile.h"
 #include "Scene/Tools/SDFTool/SDFObj.h"
@@ -165,6 +166,17 @@ void Scenes()
     OFile object;
     scene.saveNO({boxes[1]}, object);
     Seed("scene", "box.vob", object.bytes());
+
+    // Clay: the mesh record under its own tag; whole, and cut inside its half-edges.
+    Scene clayScene;
+    auto lump = Mesh::Sphere(Mesh::Tetrahedron(), 1);
+    auto* sculpted = new Tool(Shared<Element>(new Clay(lump.get())));
+    sculpted->Parent = clayScene.root;
+    clayScene.root->children.push_back(sculpted);
+    OFile clay;
+    clayScene.saveN(clay);
+    Seed("scene", "clay.vsc", clay.bytes());
+    Seed("scene", "clay-cut.vsc", clay.bytes().substr(0, clay.bytes().size() * 3 / 4));
 }
 
 } // namespace

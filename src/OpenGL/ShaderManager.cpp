@@ -12,6 +12,20 @@
 
 namespace vel {
 
+namespace {
+
+// The vertex and fragment defines of the five G-buffer variants of a vertex file with
+// "Mesh/fMeshRender", in member order.
+std::array<std::pair<char const*, char const*>, 5> const MeshRenderDefines = {{
+    {"", "RENDER_PBR"},
+    {"MESH_PBR", "MESH_PBR RENDER_PBR"},
+    {"MESH_TEX", "MESH_TEX RENDER_PBR"},
+    {"", ""},
+    {"RENDER_FAST", "RENDER_FAST"},
+}};
+
+} // namespace
+
 ShaderManager::ShaderManager()
 {
     // Registered first, so that user shaders can include them (shader layers, object shaders).
@@ -95,6 +109,7 @@ ShaderManager::ShaderManager()
     ShaderFilterDepthOfField = builtin(FromFile(Path("Filters/FilterDepthOfField")));
     // ---- end of screen effects
     describeMeshPrograms();
+    describeClayPrograms();
 }
 
 Shader* ShaderManager::builtin(Shared<Shader> const& shader)
@@ -109,15 +124,9 @@ void ShaderManager::describeMeshPrograms()
 {
     // The five G-buffer variants of a vertex file with "Mesh/fMeshRender", in member order.
     auto variants = [this](std::string const& vertex, std::array<Shader**, 5> const& members) {
-        static std::array<std::pair<char const*, char const*>, 5> const defines = {{
-            {"", "RENDER_PBR"},
-            {"MESH_PBR", "MESH_PBR RENDER_PBR"},
-            {"MESH_TEX", "MESH_TEX RENDER_PBR"},
-            {"", ""},
-            {"RENDER_FAST", "RENDER_FAST"},
-        }};
-        for (std::size_t i = 0; i < defines.size(); ++i)
-            *members[i] = builtin(FromFiles(Path(vertex), Path("Mesh/fMeshRender"), defines[i].first, defines[i].second));
+        for (std::size_t i = 0; i < MeshRenderDefines.size(); ++i)
+            *members[i] = builtin(FromFiles(Path(vertex), Path("Mesh/fMeshRender"), MeshRenderDefines[i].first,
+                                            MeshRenderDefines[i].second));
     };
     variants("Mesh/vMeshRender", {&ShaderMeshRenderPbr, &ShaderMeshRenderMeshPbr, &ShaderMeshRenderTex,
                                   &ShaderMeshRender, &ShaderMeshRenderFast});
@@ -128,6 +137,47 @@ void ShaderManager::describeMeshPrograms()
     ShaderMeshDepthPeel = builtin(FromFile(Path("Mesh/MeshDepthPeel")));
     ShaderMeshDepth = builtin(FromFile(Path("Mesh/MeshDepth")));
     ShaderMeshDepthPeelComponent = builtin(FromFile(Path("Mesh/MeshDepthPeelComponent")));
+}
+
+// ---- clay programs -----------------------------------------------------------------------
+
+void ShaderManager::describeClayPrograms()
+{
+    auto clay = [this](char const* name, std::string const& defines = {}) {
+        return builtin(FromFile(Path(std::string("Clay/") + name), "", defines));
+    };
+    ShaderClayFacesNormal = clay("ClayFacesNormal");
+    ShaderClayVertsNormals = clay("ClayVertsNormals");
+    ShaderClayDeform = clay("ClayDeform");
+    ShaderClaySmooth = clay("ClaySmooth");
+    ShaderClayDeformVolume = clay("ClayDeformVolume");
+    ShaderClayTwist = clay("ClayTwist");
+    ShaderClayPinch = clay("ClayPinch");
+    ShaderClayAddSub = clay("ClayAddSub");
+    ShaderClayCrease = clay("ClayCrease");
+    ShaderClayAddSubDir = clay("ClayAddSubDir");
+    ShaderClayAddSubStamp = clay("ClayAddSubStamp");
+    ShaderClayMaterial = clay("ClayMaterial");
+    ShaderClaySmoothMaterial = clay("ClaySmoothMaterial");
+    ShaderClaySelectPaint = clay("ClaySelectPaint");
+    ShaderClaySelectGradient = clay("ClaySelectGradient");
+    ShaderClayMove = clay("ClayMove");
+    ShaderClayScale = clay("ClayScale");
+    ShaderClayRotate = clay("ClayRotate");
+    ShaderClaySkew = clay("ClaySkew");
+    ShaderClayBend = clay("ClayBend");
+    ShaderClayTaper = clay("ClayTaper");
+    ShaderClayPosition = clay("ClayPosition");
+    ShaderClayPositionBlend = clay("ClayPosition", "BLEND");
+    ShaderClaySwirl[0] = clay("ClaySwirl", "X_AXIS");
+    ShaderClaySwirl[1] = clay("ClaySwirl", "Y_AXIS");
+    ShaderClaySwirl[2] = clay("ClaySwirl", "Z_AXIS");
+    std::array<Shader**, 5> const render = {&ShaderClayRenderPbr, &ShaderClayRenderMeshPbr, &ShaderClayRenderTex,
+                                            &ShaderClayRender, &ShaderClayRenderFast};
+    for (std::size_t i = 0; i < render.size(); ++i)
+        *render[i] = builtin(FromFiles(Path("Clay/vClayRender"), Path("Mesh/fMeshRender"), MeshRenderDefines[i].first,
+                                       MeshRenderDefines[i].second));
+    ShaderClayRenderDepth = builtin(FromVFileFText(Path("Clay/vClayRender"), "void main() {}", "DEPTH_ONLY"));
 }
 
 std::string ShaderManager::Path(std::string const& name)

@@ -125,6 +125,40 @@ public:
     Shader* ShaderMeshDepthPeelComponent = nullptr; // "Mesh/MeshDepthPeelComponent": kind 10, bound by its caller
     // ---- end of mesh programs
 
+    // ---- clay: the sculpt and paint passes over the tables, normals, and drawing (Clay)
+    Shader* ShaderClayFacesNormal = nullptr;
+    Shader* ShaderClayVertsNormals = nullptr;
+    Shader* ShaderClayDeform = nullptr;
+    Shader* ShaderClaySmooth = nullptr;
+    Shader* ShaderClayDeformVolume = nullptr;
+    Shader* ShaderClayTwist = nullptr;
+    Shader* ShaderClayPinch = nullptr;
+    Shader* ShaderClayAddSub = nullptr;
+    Shader* ShaderClayCrease = nullptr;
+    Shader* ShaderClayAddSubDir = nullptr;
+    Shader* ShaderClayAddSubStamp = nullptr;
+    Shader* ShaderClayMaterial = nullptr;
+    Shader* ShaderClaySmoothMaterial = nullptr;
+    Shader* ShaderClaySelectPaint = nullptr;
+    Shader* ShaderClaySelectGradient = nullptr;
+    Shader* ShaderClayMove = nullptr;
+    Shader* ShaderClayScale = nullptr;
+    Shader* ShaderClayRotate = nullptr;
+    Shader* ShaderClaySkew = nullptr;
+    Shader* ShaderClayBend = nullptr;
+    Shader* ShaderClayTaper = nullptr;
+    Shader* ShaderClayPosition = nullptr;      // position + deformation into another copy
+    Shader* ShaderClayPositionBlend = nullptr; // BLEND: the deformation alone, added in place
+    Shader* ShaderClaySwirl[3] = {};           // X_AXIS, Y_AXIS, Z_AXIS
+    // "Clay/vClayRender" + "Mesh/fMeshRender", the five of the mesh programs, and depth.
+    Shader* ShaderClayRenderPbr = nullptr;
+    Shader* ShaderClayRenderMeshPbr = nullptr;
+    Shader* ShaderClayRenderTex = nullptr;
+    Shader* ShaderClayRender = nullptr;
+    Shader* ShaderClayRenderFast = nullptr;
+    Shader* ShaderClayRenderDepth = nullptr; // DEPTH_ONLY / none
+    // ---- end of clay
+
     // ---- factories; each returns a null Shared when the text comes out empty
     Shared<Shader> FromText(std::string const& text, std::string const& vert_defs = {},
                             std::string const& frag_defs = {});
@@ -159,6 +193,7 @@ private:
     // Records a built-in member (null when its file is missing) and returns it.
     Shader* builtin(Shared<Shader> const& shader);
     void describeMeshPrograms();
+    void describeClayPrograms();
 };
 
 } // namespace vel

@@ -2,6 +2,7 @@
 
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
+#include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 
 #include <algorithm>
@@ -73,8 +74,13 @@ Mesh* Element::CreateNewMesh(Element* e)
 Clay* Element::CreateClay(Element* e)
 {
     VEL_ASSERT(e);
-    LogInfo("Conversion to clay is not available in this version", 1);
-    return nullptr;
+    Mesh* mesh = e->ConvertibleToMesh() ? e->ToMesh() : nullptr;
+    if (!mesh)
+        return nullptr;
+    auto* clay = new Clay(mesh);
+    if (static_cast<Element*>(mesh) != e)
+        delete mesh;
+    return clay;
 }
 
 Cloth* Element::CreateCloth(Element* e)

@@ -185,9 +185,8 @@ public:
     static Mesh* CreateMesh(Element* e);
     // Always a new mesh the caller owns; null when e does not convert.
     static Mesh* CreateNewMesh(Element* e);
-    // A new Clay or Cloth made from e's mesh, owned by the caller. The GPU kinds are not
-    // part of this build yet: both log a warning and give null, which callers must expect
-    // anyway for an element that does not convert.
+    // A new Clay or Cloth made from e's mesh, owned by the caller; null for an element that
+    // does not convert. Cloth is not part of this build yet: it logs a warning and gives null.
     static Clay* CreateClay(Element* e);
     static Cloth* CreateCloth(Element* e);
 

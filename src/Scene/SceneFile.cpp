@@ -22,6 +22,7 @@
 #include "Math/PackedVectors.h"
 #include "Math/Pbr.h"
 #include "OpenGL/ObjectShader.h"
+#include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/Elements/Mesh/MeshFile.h"
 #include "Scene/IFile.h"
@@ -113,7 +114,7 @@ namespace {
 
 // What the element block may hold. A kind not in this build has its payload skipped: the
 // tools showing it become groups.
-enum class ElementRead { Mesh, Skip, Obsolete };
+enum class ElementRead { Mesh, Clay, Skip, Obsolete };
 struct ElementTag {
     unsigned tag;
     ElementRead read;
@@ -121,7 +122,7 @@ struct ElementTag {
 };
 ElementTag const ELEMENT_TAGS[] = {
     {0xE0000001u, ElementRead::Mesh, "mesh"},
-    {0xE000000Au, ElementRead::Mesh, "clay"},   // clay's record is a mesh's
+    {0xE000000Au, ElementRead::Clay, "clay"},   // clay's record is a mesh's
     {0xE000001Au, ElementRead::Mesh, "cloth"},  // a mesh's, then the cloth's own fields
     {0xE0000002u, ElementRead::Skip, "curve"},
     {0xE1000002u, ElementRead::Skip, "curve"},
@@ -177,6 +178,11 @@ Element* DataReadElement(IFile& in)
         auto mesh = std::make_unique<Mesh>();
         if (mesh->DataRead(in, FILE_VERSION) && in.pos() <= start + payload)
             result = mesh.release();
+    } else if (known->read == ElementRead::Clay) {
+        // The GPU tables are made at the first draw, from the records read here.
+        auto clay = std::make_unique<Clay>();
+        if (clay->DataRead(in, FILE_VERSION) && in.pos() <= start + payload)
+            result = clay.release();
     } else if (known->read == ElementRead::Skip) {
         LogInfo(QString("Elements of kind %1 are not part of this build: skipped.").arg(known->kind), 1);
     }

@@ -188,7 +188,8 @@ void ToolList::walkDraws(TRenderState const& state, int& counter, Draw const& dr
             FrameUniforms();
             // The fast programs write only the flags of the normal target: its xyz stay
             // for the normals the frame derives from depth.
-            bool fast = shader == manager.ShaderMeshRenderFast || shader == manager.ShaderMeshSnakeRenderFast;
+            bool fast = shader == manager.ShaderMeshRenderFast || shader == manager.ShaderMeshSnakeRenderFast ||
+                        shader == manager.ShaderClayRenderFast;
             if (fast != masked) {
                 if (fast)
                     glColorMaski(2, GL_FALSE, GL_FALSE, GL_FALSE, GL_TRUE);

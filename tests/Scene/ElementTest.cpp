@@ -1,6 +1,7 @@
 #include "Scene/Element.h"
 
 #include "OpenGL/GLAtom.h"
+#include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "SceneTestSupport.h"
 #include "Support/MathMatchers.h"
@@ -210,6 +211,16 @@ TEST_F(ElementTest, AMeshIsItsOwnMeshAndANewMeshIsAValidCopyWhileOtherKindsConve
     EXPECT_EQ(copy->faces.size(), box->faces.size());
     EXPECT_TRUE(copy->validate().empty());
     EXPECT_EQ(Element::COUNT, 3);
+
+    // Clay takes a copy of the mesh's records; what does not convert gives none.
+    EXPECT_EQ(Element::CreateClay(&plain), nullptr);
+    std::unique_ptr<Clay> clay(Element::CreateClay(e));
+    ASSERT_TRUE(clay);
+    EXPECT_EQ(clay->Type(), 3);
+    EXPECT_EQ(clay->BlockId(), 0xe000000au);
+    EXPECT_EQ(clay->verts.size(), box->verts.size());
+    EXPECT_TRUE(clay->validate().empty());
+    EXPECT_EQ(Element::COUNT, 4);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "Animation/Animation.h"
 #include "Elements/Mesh/MeshFixtures.h"
 #include "SceneTestSupport.h"
+#include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/IFile.h"
 #include "Scene/OFile.h"
@@ -514,6 +515,33 @@ TEST_F(SceneFile, EveryTruncationLoadsAConsistentPartOrFails)
         EXPECT_EQ(Tool::COUNT, before) << cut;
         // Every load ends in its summary or the reason it failed.
         EXPECT_TRUE(log.all().contains("Loaded ") || log.all().contains("damaged")) << cut;
+    }
+}
+
+TEST_F(SceneFile, ClayComesBackAsClayWithEveryPosition)
+{
+    auto sphere = Mesh::Sphere(Mesh::Octahedron(), 2);
+    auto* clay = new Clay(sphere.get());
+    Tool* t = new Tool(Shared<Element>(clay));
+    t->Parent = scene->root;
+    scene->root->children.push_back(t);
+    std::string bytes = Save(*scene);
+    {
+        Loaded loaded(bytes);
+        ASSERT_TRUE(loaded.ok);
+        auto list = loaded.list();
+        ASSERT_EQ(list.size(), 1u);
+        auto* back = dynamic_cast<Clay*>(list[0]->element.get());
+        ASSERT_NE(back, nullptr);
+        EXPECT_EQ(test::RecordDifference(*back, *clay), "");
+    }
+    // Cut anywhere inside the clay's record: a sound tree and a message.
+    std::size_t record = bytes.find(std::string("\x0A\x00\x00\xE0", 4));
+    ASSERT_NE(record, std::string::npos);
+    for (std::size_t cut = record; cut < bytes.size(); cut += 7) {
+        LogCapture log;
+        ExpectSound(bytes.substr(0, cut), "clay cut", cut);
+        EXPECT_FALSE(log.all().isEmpty()) << cut;
     }
 }
 

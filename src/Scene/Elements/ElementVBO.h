@@ -29,6 +29,10 @@ public:
     int dataType = 0;                              // 0 plain, 1 per-corner Pbr, 2 per-corner UV
     std::unordered_map<int, unsigned> vaos;        // state key -> vertex array
     std::deque<Shared<VertexBuffer>> vbos;         // vbos_count() of them, in the kind's order
+    // Stroke state of the GPU sculpting kinds (Clay).
+    bool absoluteDeform = false;                   // the stroke deforms from its start, not step by step
+    bool absoluteMaterial = false;                 // the same for materials
+    int paintDepth = 0;                            // steps of a paint stroke so far, capped at 2
 
     ElementVBO() = default;
     ~ElementVBO() override;

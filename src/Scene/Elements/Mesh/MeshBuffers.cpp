@@ -10,26 +10,6 @@ namespace vel {
 
 namespace {
 
-// Calls corner(c, f) for the three corners of each triangle of each face, a fan from the
-// face's first corner, in the order of the buffers.
-template <class Corner>
-void ForEachSoupCorner(Mesh const& m, Corner const& corner)
-{
-    for (std::size_t f = 0; f < m.faces.size(); ++f) {
-        if (!m.faces[f].is(MeshFace::ACTIVE))
-            continue;
-        int first = m.faces[f].edge;
-        int e = m.edges[std::size_t(first)].e[1];
-        // The ring closes after its sides: a count bound keeps a broken ring from spinning.
-        for (int next = m.edges[std::size_t(e)].e[1], steps = 0; next != first && steps <= m.INDEX_MAX;
-             e = next, next = m.edges[std::size_t(e)].e[1], ++steps) {
-            corner(first, int(f));
-            corner(e, int(f));
-            corner(next, int(f));
-        }
-    }
-}
-
 // The corners of the soup, counted by the walk itself: the scratch array is sized by what
 // the records hold, whatever a counter says.
 std::size_t SoupCorners(Mesh const& m)

@@ -1,0 +1,14 @@
+// Scale about the centre: "delta" is the factor minus one, per axis.
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+#include ":/shaders/Clay/ClayCommon.glsl"
+
+uniform vec3 center;
+uniform vec3 delta;
+layout(location = 0) out vec3 deformation;
+void main()
+{
+    CLAY_VERTEX_OR_DISCARD;
+    deformation = (position - center) * delta;
+}
