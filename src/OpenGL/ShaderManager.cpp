@@ -112,6 +112,9 @@ void ShaderManager::describeMeshPrograms()
     ShaderMeshDepthPeel = builtin(FromFile(Path("Mesh/MeshDepthPeel")));
     ShaderMeshDepth = builtin(FromFile(Path("Mesh/MeshDepth")));
     ShaderMeshDepthPeelComponent = builtin(FromFile(Path("Mesh/MeshDepthPeelComponent")));
+    // ---- viewport: selection feedback
+    ShaderContourSelection = builtin(FromFile(Path("ContourSelection")));
+    // ---- end of viewport
 }
 
 std::string ShaderManager::Path(std::string const& name)
@@ -230,6 +233,7 @@ void ShaderManager::clear()
                             &ShaderMeshColor, &ShaderMeshRenderPaint, &ShaderMeshDepthPeel, &ShaderMeshDepth,
                             &ShaderMeshDepthPeelComponent})
         *member = nullptr;
+    ShaderContourSelection = nullptr; // viewport
     shaders.clear();
 }
 

@@ -107,6 +107,9 @@ public:
     Shader* ShaderMeshDepthPeel = nullptr;          // "Mesh/MeshDepthPeel": kind 8
     Shader* ShaderMeshDepth = nullptr;              // "Mesh/MeshDepth": kind 9
     Shader* ShaderMeshDepthPeelComponent = nullptr; // "Mesh/MeshDepthPeelComponent": kind 10, bound by its caller
+    // ---- viewport: selection feedback
+    Shader* ShaderContourSelection = nullptr; // selected and hovered ids tinted, with contours
+    // ---- end of viewport
     // ---- end of mesh programs
 
     // ---- factories; each returns a null Shared when the text comes out empty
