@@ -419,6 +419,7 @@ void GLWidget::read_mouse()
     m.y = p.y() * f;
     m.dx = m.x - m.px;
     m.dy = m.y - m.py;
+    m.pressure = pressure;
     m.pleft = m.left;
     m.pmiddle = m.middle;
     m.pright = m.right;

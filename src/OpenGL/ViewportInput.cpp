@@ -258,6 +258,7 @@ ABrush ViewportInput::selection(ABrush::TSelection what, bool now)
     // Window pixels to the targets' (half of them in half-size mode).
     float const s = float(view.width) / float(std::max(1, view.windowWidth)) / std::max(view.scale, 1e-6f);
     b.screen = {mouse.x * s, mouse.y * s};
+    b.pressure = PressureCurve(mouse.pressure, pressureExponent, pressureMinimum);
     b.depth = workingDepth();
     if (what != ABrush::POSITION) {
         int const x = int(std::floor(b.screen.x));

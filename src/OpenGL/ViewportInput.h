@@ -76,6 +76,8 @@ public:
     std::vector<Tool*> targets;  // of the gesture
     Tool* linkFirst = nullptr;   // the first of the two clicks of Link
     Material activeMaterial;     // what Material applies
+    float pressureExponent = 1.0f; // the pen's pressure curve (PressureCurve)
+    float pressureMinimum = 0.0f;
     int hoverId = 0;             // id word of the hovered pixel, without the selection bit
     double pressUnit = 0.0;      // world units per pixel at the depth of the last press
 
