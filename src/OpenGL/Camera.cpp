@@ -52,6 +52,35 @@ void Camera::getFromMat34(Matrix34<double> const& M)
         set_type(1, true);
 }
 
+void Camera::rotateAbout(Vector3<double> const& center, double x, double y, double z)
+{
+    // (center - position) R must stay what it was: position follows the new rotation.
+    Vector3<double> const seen = (center - position) * rotation;
+    rotate(x, y, z);
+    position = center - seen * inv(rotation);
+}
+
+namespace {
+// Zooming stops short of zero and of overflow, where the view would collapse.
+constexpr double DISTANCE_MIN = 1e-6;
+constexpr double DISTANCE_MAX = 1e12;
+} // namespace
+
+void Camera::zoom(double factor)
+{
+    if (!(factor > 0.0) || !std::isfinite(factor))
+        return;
+    distance = std::clamp(distance * factor, DISTANCE_MIN, DISTANCE_MAX);
+}
+
+void Camera::zoomAbout(Vector3<double> const& point, double factor)
+{
+    double const before = distance;
+    zoom(factor);
+    double const f = distance / before; // the factor after clamping
+    position = point + (position - point) * f;
+}
+
 Matrix34<double> Camera::modelView() const
 {
     return Matrix34<double>::Translation(-position) * Matrix34<double>(rotation) *

@@ -34,6 +34,16 @@ public:
     // Looks as the placement M does: its rotation and its origin, kept at this distance.
     void getFromMat34(Matrix34<double> const& M);
 
+    // ---- navigation
+    // Turns as rotate does, about `center` instead of `position`: `center` keeps its place
+    // on screen.
+    void rotateAbout(Vector3<double> const& center, double x, double y, double z);
+    // The distance times `factor` (a factor below 1 comes closer).
+    void zoom(double factor);
+    // Towards `point` by `factor`: eye and target scale about it, so that it stays under
+    // the same pixel in either projection.
+    void zoomAbout(Vector3<double> const& point, double factor);
+
     // World to view: translation by -position, the rotation, then back by distance.
     Matrix34<double> modelView() const;
     // The eye in world coordinates.

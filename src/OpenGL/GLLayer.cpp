@@ -2,6 +2,7 @@
 
 #include "Core/Assert.h"
 #include "OpenGL/GLFilters.h"
+#include "OpenGL/GLPick.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/Rendering.h"
 #include "Scene/ToolList.h"
@@ -96,6 +97,13 @@ void GLLayer::normalizeNormals()
     gl_Depth_Test.set(false);
     gl_Stencil_Test.set(false);
     GLNormalize(Normal, NormalNormalized);
+}
+
+TPickResult GLLayer::pick(int x, int y)
+{
+    unsigned char bytes[GLPick::BYTES] = {};
+    GLPick::Read(this, x, y, bytes);
+    return GLPick::Decode(bytes);
 }
 
 } // namespace vel

@@ -15,6 +15,7 @@
 #pragma once
 
 #include "OpenGL/FBO.h"
+#include "OpenGL/TPickResult.h"
 #include "Scene/Elements/TRenderState.h"
 
 namespace vel {
@@ -49,6 +50,9 @@ public:
     void render(TRenderState const& state, bool clear, ToolList& list, GLLayer* source);
     // NormalNormalized from Normal: xyz of unit length, w kept.
     void normalizeNormals();
+    // What lies under pixel (x, y), rows from the bottom: a miss where the stencil is 0 or
+    // the object id is 0 (a hint). Reads a few bytes at once; GLPick does it asynchronously.
+    TPickResult pick(int x, int y);
 };
 
 } // namespace vel

@@ -13,6 +13,7 @@
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureCube.h"
+#include "OpenGL/ViewportInput.h"
 #include "Scene/Element.h"
 #include "Scene/Scene.h"
 #include "Scene/Tool.h"
@@ -64,6 +65,7 @@ GLView::GLView(int width, int height)
     , Accumulation(new FBO(dsNone, width, height))
     , HintsLayer(new FBO(dsDepth, width, height))
     , image(new FBOTexture(Shared<Texture2D>(new Texture2D(width, height, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE))))
+    , input(new ViewportInput(*this))
 {
     Accumulation->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
     Accumulation->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
@@ -124,6 +126,7 @@ bool GLView::MainLoopPreRender(double totalTime, double dt)
     r.idleTime += dt;
     time = totalTime;
     keys.read();
+    setState();
     if (turntable || r.Turntable)
         turn(TURNTABLE_SPEED * dt);
     bool changed = mouseRead.dx != 0 || mouseRead.dy != 0 || mouseRead.wheel != 0 || mouseRead.anyPressed() ||
@@ -201,12 +204,15 @@ void GLView::render()
 {
     Rendering const& r = Rendering::instance();
     Scene& scene = Scene::instance();
-    // 1.
+    // 1. The camera moves of the pointer first, so that this frame shows them.
+    input->navigate();
     buildMatricesInViewport(false);
+    input->beginFrame();
     // 2. The first list holds the unselected tools, the second the selected ones (and, with
-    // the drawing gestures, the tools they make).
+    // the drawing gestures, the tools they make). While idle every tool is in the first,
+    // so that the pick finds the selected ones too.
     scene.toMap();
-    scene.toList(true, true);
+    scene.toList(true, !input->idle());
     prepared.clear();
     prepareElements(scene.list);
     prepareElements(scene.temporary);
@@ -217,8 +223,10 @@ void GLView::render()
     // 6. Shader layers, group RunPreOpaque: with the shader layers.
     // 7.
     renderObjects(scene.list, true, false);
-    // 8. to 10. The pick, the mouse actions and a restarted frame: with picking and the
-    // viewport's actions.
+    // 8. to 10. The pick under the pointer, then the mouse actions on it.
+    MainLoopSelect();
+    if (!renderOnly)
+        input->dispatch();
     // 11.
     scene.temporary.sort(r.showCurves, r.showTransparent, r.showRigidBodies);
     renderObjects(scene.temporary, false, false);
@@ -228,7 +236,9 @@ void GLView::render()
         calculateNormals(Shader::ProjectionMatrixInv);
     // 13.
     composit(float(time));
-    // 14. Selection masks: with selection. Then the outlines of objects marked for contours.
+    // 14. Selection masks, then the outlines of objects marked for contours.
+    if (!renderOnly)
+        input->contourSelection();
     if (r.contours > 0 && (hasContours(scene.list) || hasContours(scene.temporary)))
         contour();
     // 15.
@@ -285,9 +295,64 @@ void GLView::render()
     }
     // 23. The status panel: with the interface.
     FBO::disable(fbBoth);
-    // 24. The mouse wheel: with the viewport's actions.
+    // 24.
+    if (!renderOnly)
+        mouseWheel();
     // 25.
     finishSave();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Input: ViewportInput does the work
+
+void GLView::setState()
+{
+    input->setState();
+}
+
+bool GLView::MainLoopSelect()
+{
+    return input->MainLoopSelect();
+}
+
+void GLView::mouseDown()
+{
+    input->mouseDown();
+}
+
+void GLView::mouseMove()
+{
+    input->mouseMove();
+}
+
+void GLView::mouseUp(bool apply)
+{
+    input->mouseUp(apply);
+}
+
+void GLView::mouseWheel()
+{
+    input->mouseWheel();
+}
+
+void GLView::resetState()
+{
+    input->resetState();
+}
+
+bool GLView::linked() const
+{
+    return input->linked();
+}
+
+void GLView::UNDO()
+{
+    input->UNDO();
+}
+
+void GLView::REDO()
+{
+    input->REDO();
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -36,6 +36,7 @@ class Element;
 class TextureCube;
 class Tool;
 class ToolList;
+class ViewportInput;
 
 class GLView : public GLVisual {
 public:
@@ -92,6 +93,9 @@ public:
     int savedSamples = 0; // frames in the mean of the last image written
 
     std::unique_ptr<FBOTexture> image; // what MainLoopRender hands the widget
+    // The viewport's state machine: camera moves, picking, selection and the assemble
+    // actions. The handlers below hand over to it; render() calls them in their places.
+    std::unique_ptr<ViewportInput> input;
 
     GLView(int width, int height);
     ~GLView() override;
@@ -120,6 +124,18 @@ public:
     // Frames the whole scene (Scene::fit): the camera looks at its centre from where the
     // field of view holds it, and the depth range follows the distance.
     void viewAll();
+
+    // ---- input, within the frame (ViewportInput)
+    void setState();
+    bool MainLoopSelect();
+    void mouseDown();
+    void mouseMove();
+    void mouseUp(bool apply);
+    void mouseWheel();
+    void resetState();
+    bool linked() const;
+    void UNDO();
+    void REDO();
 
     // ---- the frame
     void render();

@@ -14,6 +14,7 @@
 #include "OpenGL/TextureCube.h"
 #include "Scene/RenderFlags.h"
 #include "Scene/Tool.h"
+#include "OpenGL/ViewProjection.h"
 #include "Scene/ToolList.h"
 
 #include <algorithm>
@@ -114,30 +115,11 @@ void GLVisual::buildMatrices(Camera const& camera, Vector2<float> const& offset)
     Rendering const& r = Rendering::instance();
     double const w = double(this->width), h = double(this->height);
     double const aspect = w / h;
-    double const n = zNear, f = zFar;
-    Matrix4<double> P;
-    // Row-vector projections: clip = [x y z 1] P; the camera looks along -z.
-    if (r.cameraType == 1) {
-        // Orthographic: the view shows the height that the perspective view shows at the
-        // camera's distance, so that switching keeps the object's size.
-        double const half = camera.distance * std::tan(r.FieldOfView * M_PI / 360.0);
-        Shader::ViewSize = float(half);
-        Shader::Lens = 0.0f;
-        P.m[0] = 1.0 / (half * aspect);
-        P.m[5] = 1.0 / half;
-        P.m[10] = -2.0 / (f - n);
-        P.m[14] = -(f + n) / (f - n);
-    } else {
-        double const cot = 1.0 / std::tan(r.FieldOfView * M_PI / 360.0);
-        Shader::ViewSize = float(camera.distance / cot);
-        Shader::Lens = float(cot * h * 0.5);
-        P.m[0] = cot / aspect;
-        P.m[5] = cot;
-        P.m[10] = (f + n) / (n - f);
-        P.m[11] = -1.0;
-        P.m[14] = 2.0 * f * n / (n - f);
-        P.m[15] = 0.0;
-    }
+    double viewSize = 0.0, lens = 0.0;
+    Matrix4<double> const P = ViewProjection::Projection(camera.distance, aspect, this->height, r.FieldOfView, zNear,
+                                                         zFar, r.cameraType == 1, viewSize, lens);
+    Shader::ViewSize = float(viewSize);
+    Shader::Lens = float(lens);
     // The jitter moves the picture in clip space: offset pixels are 2 offset / size there.
     Matrix4<double> O;
     O.m[12] = 2.0 * offset.x / w;

@@ -15,6 +15,8 @@
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/GLView.h"
+#include "OpenGL/ViewportActions.h"
+#include "OpenGL/ViewportInput.h"
 #include "OpenGL/Gui/UI.h"
 #include "OpenGL/Keyboard.h"
 #include "OpenGL/Mouse.h"
@@ -28,6 +30,7 @@
 #include "Scene/Root.h"
 #include "Scene/Scene.h"
 #include "Scene/SceneHistory.h"
+#include "Scene/Tool.h"
 #include "mainwindow/ConfigFile.h"
 
 #include <QCursor>
@@ -416,6 +419,7 @@ void GLWidget::read_mouse()
     m.y = p.y() * f;
     m.dx = m.x - m.px;
     m.dy = m.y - m.py;
+    m.pressure = pressure;
     m.pleft = m.left;
     m.pmiddle = m.middle;
     m.pright = m.right;
@@ -620,6 +624,8 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
         return;
     // 6.
     keys.press(key);
+    if (view->input->keyPressed(key, ctrl, shift))
+        return;
     UI& ui = UI::instance();
     switch (key) {
     case Qt::Key_I:
@@ -631,9 +637,9 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Z:
         if (ctrl && view->idle()) {
             if (shift)
-                History::instance().redo();
+                view->REDO();
             else
-                History::instance().undo();
+                view->UNDO();
         }
         break;
     case Qt::Key_N:
@@ -782,6 +788,32 @@ void GLWidget::writeReport(char const* event)
             << "objects=" << Scene::instance().root->children.size() << "\n"
             << "file=" << window()->windowFilePath().toStdString() << "\n"
             << "blocked=" << gAllActionsBlocked << "\n";
+        // The viewport's state: action, history, selection, hover, the camera's eye, the
+        // world size of a pixel at the last press, and where the first objects stand.
+        ViewportInput const& in = *view->input;
+        History const& history = History::instance();
+        int selected = 0;
+        for (Tool* t : Scene::instance().root->children)
+            selected += (t->flags & Tool::FLAG_SELECTED) ? 1 : 0;
+        Vector3<double> const eye = view->camera.eye();
+        out.precision(12);
+        out << "action=" << iAssembleAction << "\n"
+            << "history=" << history.currentIndex + 1 << "/" << history.commands.size() << "\n"
+            << "selected=" << selected << "\n"
+            << "hover=" << in.hoverId << "\n"
+            << "eye=" << eye.x << "," << eye.y << "," << eye.z << "\n"
+            << "unit=" << in.pressUnit << "\n";
+        auto const& children = Scene::instance().root->children;
+        for (size_t i = 0; i < children.size() && i < 4; ++i) {
+            Matrix34<double> W;
+            children[i]->worldTransform(W, true);
+            Vector3<double> const p = W.translation();
+            // Where it stands in the window's pixels.
+            Vector3<double> const s = in.projection.point_world_to_screen(p);
+            double const toWindow = double(view->windowWidth) / double(std::max(1, view->width));
+            out << "pos" << i << "=" << p.x << "," << p.y << "," << p.z << "\n"
+                << "screen" << i << "=" << s.x * toWindow << "," << s.y * toWindow << "\n";
+        }
         for (int i = 0; i < 3 && i < lines.size(); ++i)
             out << "log" << i << "=" << lines[i].toStdString() << "\n";
     }

@@ -12,14 +12,17 @@ namespace vel {
 
 class Keyboard {
 public:
-    enum Key { Shift, Control, Alt, Space, COUNT };
+    enum Key { Shift, Control, Alt, Space, Digit1, Digit2, Digit3, Digit4, Digit5, L, P, COUNT };
+    static constexpr int WENT_DOWN = 1; // bits of read()'s answer
+    static constexpr int WENT_UP = 2;
 
     bool down[COUNT] = {};     // held now
     bool previous[COUNT] = {}; // held in the frame before
     std::vector<int> edges;    // Qt key codes pressed since the last frame ended
 
-    // Polls the held keys (previous := down first).
-    void read();
+    // Polls the held keys (previous := down first); WENT_DOWN when a key went down since
+    // the last read, WENT_UP when one went up.
+    int read();
     // Everything released and no edges: nothing stays pressed across a blocked phase.
     void reset();
     // Ends a frame's edges.
@@ -30,6 +33,7 @@ public:
     bool shift() const { return down[Shift]; }
     bool control() const { return down[Control]; }
     bool alt() const { return down[Alt]; }
+    bool digit(int n) const { return n >= 1 && n <= 5 && down[Digit1 + n - 1]; }
 
     // Whether held keys can be polled in this process at all.
     static bool Pollable();

@@ -15,6 +15,7 @@ struct Mouse {
     bool pmiddle = false, middle = false;
     bool pright = false, right = false;
     float wheel = 0; // counted wheel of this frame
+    float pressure = 1; // the pen's, 0..1; 1 for a mouse
 
     bool anyPressed() const { return (left && !pleft) || (middle && !pmiddle) || (right && !pright); }
     bool anyReleased() const { return (!left && pleft) || (!middle && pmiddle) || (!right && pright); }

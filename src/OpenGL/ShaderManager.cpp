@@ -137,6 +137,9 @@ void ShaderManager::describeMeshPrograms()
     ShaderMeshDepthPeel = builtin(FromFile(Path("Mesh/MeshDepthPeel")));
     ShaderMeshDepth = builtin(FromFile(Path("Mesh/MeshDepth")));
     ShaderMeshDepthPeelComponent = builtin(FromFile(Path("Mesh/MeshDepthPeelComponent")));
+    // ---- viewport: selection feedback
+    ShaderContourSelection = builtin(FromFile(Path("ContourSelection")));
+    // ---- end of viewport
 }
 
 // ---- clay programs -----------------------------------------------------------------------
@@ -296,6 +299,7 @@ void ShaderManager::clear()
                             &ShaderMeshColor, &ShaderMeshRenderPaint, &ShaderMeshDepthPeel, &ShaderMeshDepth,
                             &ShaderMeshDepthPeelComponent})
         *member = nullptr;
+    ShaderContourSelection = nullptr; // viewport
     shaders.clear();
 }
 

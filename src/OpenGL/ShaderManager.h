@@ -123,6 +123,9 @@ public:
     Shader* ShaderMeshDepthPeel = nullptr;          // "Mesh/MeshDepthPeel": kind 8
     Shader* ShaderMeshDepth = nullptr;              // "Mesh/MeshDepth": kind 9
     Shader* ShaderMeshDepthPeelComponent = nullptr; // "Mesh/MeshDepthPeelComponent": kind 10, bound by its caller
+    // ---- viewport: selection feedback
+    Shader* ShaderContourSelection = nullptr; // selected and hovered ids tinted, with contours
+    // ---- end of viewport
     // ---- end of mesh programs
 
     // ---- clay: the sculpt and paint passes over the tables, normals, and drawing (Clay)

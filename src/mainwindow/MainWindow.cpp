@@ -48,9 +48,21 @@ MainWindow::MainWindow(QWidget* parent)
     setWindowTitle("VELLUMBRA");
 
     LoadConfigFile();
-    // Test hook: a scene that is not empty, for the question at close.
-    if (std::getenv("VELLUMBRA_TEST_SCENE"))
-        (new Tool(Shared<Element>(Mesh::Box().release())))->addToParent(Scene::instance().root);
+    // Test hook: a scene that is not empty, for the question at close; "2": two linked
+    // twins of one box side by side, for the viewport's tests.
+    if (char const* hook = std::getenv("VELLUMBRA_TEST_SCENE")) {
+        Tool* first = new Tool(Shared<Element>(Mesh::Box().release()));
+        first->addToParent(Scene::instance().root);
+        if (std::string(hook) == "2") {
+            first->objectMatrix = Matrix34<double>::Translation({-1.5, 0.0, 0.0});
+            Tool* twin = new Tool(first->element, Matrix34<double>::Translation({1.5, 0.0, 0.0}));
+            twin->addToParent(Scene::instance().root);
+            first->link(twin);
+            // Twins answer for each other as objects.
+            first->setObject(true);
+            twin->setObject(true);
+        }
+    }
     glWidget->uiScale = UI_SCALE;
     glWidget->useAutoScale = UI_SCALE_AUTO;
     glWidget->setCap(CAP_FPS);

@@ -413,11 +413,130 @@ def scenario_files(app):
     close_answering_yes(app)
 
 
+def vector(state, key):
+    return tuple(float(v) for v in state[key].split(","))
+
+
+def drag(app, start, end, steps=6, button="1"):
+    """A press, a few moves a frame or more apart, a release."""
+    app.xdo("mousemove", str(start[0]), str(start[1]))
+    time.sleep(0.3)
+    app.xdo("mousedown", button)
+    time.sleep(0.3)
+    for i in range(1, steps + 1):
+        x = start[0] + (end[0] - start[0]) * i // steps
+        y = start[1] + (end[1] - start[1]) * i // steps
+        app.xdo("mousemove", str(x), str(y))
+        time.sleep(0.15)
+    time.sleep(0.3)
+    app.xdo("mouseup", button)
+
+
+def settled(app, what, predicate):
+    """Waits for the predicate, then for two reports in a row that agree on it."""
+    app.wait_for(what, predicate)
+    time.sleep(0.5)
+    return app.wait_for(what, predicate)
+
+
+def open_view(app):
+    app.start()
+    app.wait_for("the start window", lambda s: shown(s) and s.get("popup") == "1")
+    app.key("Escape")
+    return settled(app, "the start window to close", lambda s: s.get("start") == "3" and s.get("popup") == "0")
+
+
+def tint(png, x, y, r=12):
+    """Mean of red minus blue around a point: the selection tint is orange."""
+    values = [pixel(png, x + dx, y + dy) for dx in (-r, 0, r) for dy in (-r, 0, r)]
+    return sum(p[0] - p[2] for p in values) / len(values)
+
+
+def moved_by(app, before, after, keys, pixels):
+    """Every object of `keys` moved by the same world vector, as long as `pixels` of pointer
+    travel at the depth of the press."""
+    shift = [tuple(a - b for a, b in zip(vector(after, k), vector(before, k))) for k in keys]
+    length = sum(v * v for v in shift[0]) ** 0.5
+    expected = pixels * float(after["unit"])
+    check(abs(length - expected) <= 0.02 * expected,
+          "moved %g, expected %g (%d pixels of %s)" % (length, expected, pixels, after["unit"]))
+    for other in shift[1:]:
+        check(max(abs(a - b) for a, b in zip(other, shift[0])) < 1e-9, "the twins moved apart: %r" % shift)
+
+
+def undo_redo(app, before, after, keys):
+    """Ctrl+Z gives the placement from before the move back exactly, Ctrl+Shift+Z the moved one."""
+    done = int(before["history"].split("/")[0])
+    app.xdo("key", "ctrl+z")
+    undone = settled(app, "the undo", lambda s: s.get("history", "").startswith("%d/" % done))
+    for k in keys:
+        check(undone[k] == before[k], "undo left %s at %s, not %s" % (k, undone[k], before[k]))
+    app.xdo("key", "ctrl+shift+z")
+    redone = settled(app, "the redo", lambda s: s.get("history") == after["history"])
+    for k in keys:
+        check(redone[k] == after[k], "redo left %s at %s, not %s" % (k, redone[k], after[k]))
+
+
+def scenario_viewport(app):
+    """One box: an orbit drag changes the picture and not the model; a click selects it (the
+    tint); a Move drag moves it by the pointer's travel at its depth; undo and redo."""
+    start = open_view(app)
+    check(start.get("action") == "20", "Move is not the first action: %r" % start)
+    before_orbit = app.shot("before-orbit")
+    drag(app, (200, 200), (320, 260))
+    orbited = settled(app, "the orbit", lambda s: s.get("eye") != start["eye"] and s.get("selected") == "0")
+    check(orbited["pos0"] == start["pos0"] and orbited["history"] == start["history"],
+          "the orbit changed the model: %r" % orbited)
+    after_orbit = app.shot("after-orbit")
+    check(sum(1 for x in range(560, 720, 20) for y in range(320, 480, 20)
+              if pixel(before_orbit, x, y) != pixel(after_orbit, x, y)) > 10, "the orbit left the picture alone")
+
+    # A click on the box selects it: its pixels take the orange tint.
+    box = tuple(int(float(v)) for v in orbited["screen0"].split(","))
+    app.xdo("mousemove", "100", "150")
+    time.sleep(0.5)
+    plain = app.shot("plain")
+    app.xdo("mousemove", str(box[0]), str(box[1]), "click", "1")
+    settled(app, "the selection", lambda s: s.get("selected") == "1")
+    app.xdo("mousemove", "100", "150")
+    time.sleep(0.5)
+    selected = app.shot("selected")
+    check(tint(selected, *box) > tint(plain, *box) + 15, "no selection tint: %g against %g"
+          % (tint(selected, *box), tint(plain, *box)))
+
+    before = app.report()
+    drag(app, box, (box[0] + 60, box[1]))
+    after = settled(app, "the move", lambda s: s.get("pos0") != before["pos0"] and s.get("history") != before["history"])
+    moved_by(app, before, after, ["pos0"], 60)
+    undo_redo(app, before, after, ["pos0"])
+    app.process.kill()
+    app.process.wait()
+
+
+def scenario_twins(app):
+    """Two linked twins: with groups on, a click selects both, a Move drag moves both alike,
+    undo and redo give both back exactly."""
+    start = open_view(app)
+    app.key("g")
+    left = tuple(int(float(v)) for v in start["screen0"].split(","))
+    app.xdo("mousemove", str(left[0]), str(left[1]), "click", "1")
+    before = settled(app, "both twins selected", lambda s: s.get("selected") == "2")
+    drag(app, left, (left[0], left[1] + 50))
+    after = settled(app, "the move and its step", lambda s: s.get("pos0") != before["pos0"]
+                    and s.get("pos1") != before["pos1"] and s.get("history") != before["history"])
+    moved_by(app, before, after, ["pos0", "pos1"], 50)
+    undo_redo(app, before, after, ["pos0", "pos1"])
+    app.process.kill()
+    app.process.wait()
+
+
 def main():
     scenario, exe = sys.argv[1], os.path.abspath(sys.argv[2])
     folder = tempfile.mkdtemp(prefix="vellumbra-%s-" % scenario)
     display = Display()
-    app = App(exe, display, folder, scene=(scenario in ("close", "scene")))
+    app = App(exe, display, folder, scene=(scenario in ("close", "scene", "viewport")))
+    if scenario == "twins":
+        app.env["VELLUMBRA_TEST_SCENE"] = "2"
     try:
         globals()["scenario_" + scenario](app)
     except Failure as failure:

@@ -1,0 +1,56 @@
+// ContourSelection: selection feedback from the id targets alone, blended over the picture.
+// A pixel is marked when its ids pass the masks: (ids & OIEMask) == OIEIds, and likewise
+// for the component ids; a zero OIEMask marks nothing. The hovered object (HoverId, the id
+// word without its selection bit; 0 for none) is marked too. Marked pixels with a
+// neighbour of another object are the contour; inner ones take their tint.
+##VERTEX
+#include ":/shaders/Include/FullScreen.glsl"
+##FRAGMENT
+uniform isampler2D ObjectItemsElement;
+uniform isampler2D ComponentPatchFaces;
+uniform ivec4 OIEMask;
+uniform ivec4 OIEIds;
+uniform ivec4 CPFMask;
+uniform ivec4 CPFIds;
+uniform int HoverId;
+uniform vec4 Selection; // tint of selected pixels
+uniform vec4 Hover;     // tint of hovered pixels
+uniform vec4 Contour;
+out vec4 oColor;
+
+const int ID_BITS = 0x7fffffff; // the id word without the selection bit
+
+int objectAt(ivec2 p)
+{
+    return texelFetch(ObjectItemsElement, p, 0).x;
+}
+
+bool selectedAt(ivec2 p)
+{
+    ivec4 oie = texelFetch(ObjectItemsElement, p, 0);
+    ivec4 cpf = texelFetch(ComponentPatchFaces, p, 0);
+    return oie.x != 0 && OIEMask != ivec4(0) && (oie & OIEMask) == OIEIds && (cpf & CPFMask) == CPFIds;
+}
+
+bool hoveredAt(ivec2 p)
+{
+    return HoverId != 0 && (objectAt(p) & ID_BITS) == HoverId;
+}
+
+void main()
+{
+    ivec2 p = ivec2(gl_FragCoord.xy);
+    bool selected = selectedAt(p);
+    bool hovered = hoveredAt(p);
+    if (!selected && !hovered)
+        discard;
+    ivec2 size = textureSize(ObjectItemsElement, 0);
+    int id = objectAt(p) & ID_BITS;
+    bool edge = false;
+    ivec2 around[4] = ivec2[4](ivec2(1, 0), ivec2(-1, 0), ivec2(0, 1), ivec2(0, -1));
+    for (int i = 0; i < 4; ++i) {
+        ivec2 q = clamp(p + around[i], ivec2(0), size - 1);
+        edge = edge || (objectAt(q) & ID_BITS) != id;
+    }
+    oColor = edge ? Contour : (selected ? Selection : Hover);
+}
