@@ -7,6 +7,9 @@
 // coordinates, so they may differ in size from the target, except where a filter says it works
 // texel for texel. Shader and sources go through one GLMachine per call (asserted "m.enable()").
 // Only GLMinMax binds framebuffers and sets the viewport itself, and it restores both.
+//
+// Index (GLFilters.cpp): copies and point-wise filters; sums; neighbourhood filters; tone,
+// lens and screen-space effects; range by reduction.
 #pragma once
 
 #include "Math/Matrix4.h"
