@@ -13,6 +13,8 @@ void main()
 {
     CLAY_VERTEX_OR_DISCARD;
     vec3 p = (position - center) * PARAMETERS.x;
+    if (dot(p, p) >= 1.0)
+        discard; // outside the brush: adds nothing to the sum
     float S = Falloff(length(p), PARAMETERS.y);
     deformation = S * PARAMETERS.w * max(PARAMETERS.z - dot(p, normal), 0.0) * normal;
 }

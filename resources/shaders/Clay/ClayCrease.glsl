@@ -15,6 +15,8 @@ void main()
 {
     CLAY_VERTEX_OR_DISCARD;
     vec3 p = (position - center) * PARAMETERS.x;
+    if (dot(p, p) >= 1.0)
+        discard; // outside the brush: adds nothing to the sum
     vec3 q = abs(p * frame);
     float across = 1.0 - q.y;
     across *= across;

@@ -12,5 +12,7 @@ void main()
 {
     CLAY_VERTEX_OR_DISCARD;
     float r = length((position - center) * PARAMETERS.x);
+    if (r >= 1.0)
+        discard; // outside the brush: adds nothing to the sum
     deformation = displacement * Falloff(r, PARAMETERS.y);
 }

@@ -15,10 +15,8 @@ void main()
     float iradius2 = PARAMETERS.x;
     vec3 x = position - center;
     float t2 = dot(x, x) * iradius2;
-    if (t2 >= 1.0) {
-        deformation = vec3(0.0);
-        return;
-    }
+    if (t2 >= 1.0)
+        discard; // outside the brush: adds nothing to the sum
     float t = sqrt(t2);
     float a = 1.0 - t2 * t * (4.0 - 3.0 * t);
     float b = 12.0 * (t - t2) * iradius2;

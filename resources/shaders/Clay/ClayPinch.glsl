@@ -12,6 +12,8 @@ void main()
     CLAY_VERTEX_OR_DISCARD;
     vec3 d = position - center;
     vec3 p = d * PARAMETERS.x;
+    if (dot(p, p) >= 1.0)
+        discard; // outside the brush: adds nothing to the sum
     float r = 1.0 - min(dot(p, p), 1.0);
     deformation = -r * r * PARAMETERS.y * d;
 }

@@ -9,11 +9,17 @@ uniform sampler2D Deformations;
 layout(location = 0) out vec3 result;
 void main()
 {
-    CLAY_VERTEX_OR_DISCARD;
-    vec3 d = texelFetch(Deformations, ivec2(gl_FragCoord.xy), 0).xyz;
 #ifdef BLEND
+    // Only the padding test and the deformation: the positions are not read.
+    ivec2 texel = ivec2(gl_FragCoord.xy);
+    if (INVALID(texelFetch(VertsInfo, texel, 0).x))
+        discard;
+    vec3 d = texelFetch(Deformations, texel, 0).xyz;
+    if (d == vec3(0.0))
+        discard; // adding zero changes nothing: spared the blend
     result = d;
 #else
-    result = position + d;
+    CLAY_VERTEX_OR_DISCARD;
+    result = position + texelFetch(Deformations, ivec2(gl_FragCoord.xy), 0).xyz;
 #endif
 }

@@ -10,5 +10,8 @@ layout(location = 0) out float weight;
 void main()
 {
     CLAY_VERTEX_OR_DISCARD;
-    weight = PARAMETERS.z * Falloff(length((position - center) * PARAMETERS.x), PARAMETERS.y);
+    float r = length((position - center) * PARAMETERS.x);
+    if (r >= 1.0)
+        discard; // outside the brush: adds nothing to the sum
+    weight = PARAMETERS.z * Falloff(r, PARAMETERS.y);
 }

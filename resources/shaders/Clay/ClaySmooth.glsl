@@ -20,10 +20,10 @@ vec3 At(int address)
 void main()
 {
     CLAY_VERTEX_OR_DISCARD;
-    deformation = vec3(0.0);
     vec3 p = (position - center) * PARAMETERS.x;
+    // What stays adds nothing to the sum.
     if (ANCHOR(info) || dot(p, p) >= 1.0 || NOFLAGS(info) == NO_RECORD)
-        return;
+        discard;
     bool sharp = SHARP(info);
     int start = NOFLAGS(info);
     int e = start;
@@ -49,7 +49,7 @@ void main()
             break;
     }
     if (n == 0 || (sharp && n > 2))
-        return;
+        discard;
     float r = (1.0 - dot(p, p)) * (1.0 - dot(p, p)) * PARAMETERS.y;
     deformation = r * (sum / float(n) - position);
 }

@@ -14,12 +14,9 @@ void main()
     CLAY_VERTEX_OR_DISCARD;
     vec3 d = position - center;
     vec3 p = d * PARAMETERS.x;
-    float r = dot(p, p);
-    if (r >= 1.0) {
-        deformation = vec3(0.0);
-        return;
-    }
-    r = (1.0 - r) * (1.0 - r);
+    if (dot(p, p) >= 1.0)
+        discard; // outside the brush: adds nothing to the sum
+    float r = (1.0 - dot(p, p)) * (1.0 - dot(p, p));
     vec3 x = d - dot(d, axis) * axis;
     deformation = r * (x * PARAMETERS.y + cross(axis, x) * PARAMETERS.z);
 }

@@ -321,12 +321,12 @@ void Clay::apply_deformations()
         return;
     Shader* shader = absoluteDeform ? Shaders().ShaderClayPosition : Shaders().ShaderClayPositionBlend;
     // Absolute: start + deformation into `deformed`, the start untouched. Incremental: the
-    // deformation added onto `current` by blending; the pass then reads positions only for its
-    // padding test, from a copy it does not write.
+    // deformation added onto `current` by blending, without reading the positions.
     Texture2D* target = positions[std::size_t(absoluteDeform ? positionRoles.deformed : positionRoles.current)];
-    Texture2D* source = absoluteDeform ? positions[std::size_t(positionRoles.current)] : deformations;
-    TablePass(*fboV, target, shader,
-              {{"VertsInfo", vertsInfo.get()}, {"Positions", source}, {"Deformations", deformations}}, [&]() {
+    NamedTextures textures = {{"VertsInfo", vertsInfo.get()}, {"Deformations", deformations}};
+    if (absoluteDeform)
+        textures.emplace_back("Positions", positions[std::size_t(positionRoles.current)]);
+    TablePass(*fboV, target, shader, textures, [&]() {
                   if (!absoluteDeform) {
                       glEnable(GL_BLEND);
                       glBlendEquation(GL_FUNC_ADD);
