@@ -15,6 +15,8 @@
 // 22 CommandObjectDelete, 40 to 48 the swap commands on tools (Commands/ToolSwapCommands.h,
 // Commands/CommandTransformObjects.h), 50 CommandReplaceElement, 51 CommandUniqueElement,
 // 52 CommandSaveMesh, 53 CommandSubdivideMesh, 54 CommandMeshDataType.
+// 60 CommandSaveCurve, 61 CommandSubdivideCurve, 62 CommandCurveDataType,
+// 63 CommandArrayEdgeVert.
 // Each class keeps its own as `TYPE`.
 #pragma once
 
