@@ -116,7 +116,8 @@ void ToolList::sort(bool curves, bool transparent, bool rigid)
         Element* element = items[size_t(i)].element;
         if (!(tool->flags & Tool::FLAG_VISIBLE) || tool->isGroup() || !element)
             continue;
-        if (!curves && tool->elementIsCurve())
+        // What is drawn decides: a snake shows its item, not its axis curve.
+        if (!curves && element->Type() >= 5 && element->Type() <= 7)
             continue;
         bool seeThrough = isTransparent(i);
         if ((!transparent && seeThrough) || (!rigid && tool->isRigidBody()))

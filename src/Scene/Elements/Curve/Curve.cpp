@@ -559,20 +559,26 @@ std::vector<int> Curve::vertEdges(int v) const
     return out;
 }
 
-void Curve::findENeighbours(int v, std::vector<int>& out) const
+void Curve::edgePair(int v, int& in, int& out) const
 {
-    out.assign(2, -1);
+    in = out = -1;
     unsigned first = verts[size_t(v)].edge;
     if (first == CurveVert::NO_EDGE || first >= edges.size())
         return;
     CurveEdge const& e = edges[first];
     if (e.v[1] == v) {
-        out[0] = int(first);
-        out[1] = e.e[1];
+        in = int(first);
+        out = e.e[1];
     } else {
-        out[0] = e.e[0];
-        out[1] = int(first);
+        in = e.e[0];
+        out = int(first);
     }
+}
+
+void Curve::findENeighbours(int v, std::vector<int>& out) const
+{
+    out.assign(2, -1);
+    edgePair(v, out[0], out[1]);
 }
 
 int Curve::nextVert(int from, int through) const

@@ -167,6 +167,8 @@ public:
     std::vector<int> findNeighbours(int v) const;
     // The incident edges of v: the one ending there first (-1 if none), then the one starting.
     void findENeighbours(int v, std::vector<int>& out) const;
+    // The same without a container, for the per-frame walks.
+    void edgePair(int v, int& in, int& out) const;
     // The first edge of e's chain: e itself for a closed one.
     int edgeStart(int e) const;
     void segmentPoints(int e, Vector3<float>& p0, Vector3<float>& p1) const;

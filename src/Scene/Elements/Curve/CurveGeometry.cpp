@@ -69,10 +69,10 @@ void Curve::calculateFrames(bool force)
 Matrix34<double> Curve::vertFrame(int v, bool withRadius) const
 {
     Vector3<double> p(position(v));
-    std::vector<int> around;
-    findENeighbours(v, around);
-    int in = around[0] < int(edgeFrames.size()) ? around[0] : -1;
-    int out = around[1] < int(edgeFrames.size()) ? around[1] : -1;
+    int in = -1, out = -1;
+    edgePair(v, in, out);
+    in = in < int(edgeFrames.size()) ? in : -1;
+    out = out < int(edgeFrames.size()) ? out : -1;
     if (in < 0 && out < 0)
         return Matrix34<double>::Translation(p);
     Vector3<double> t, n;
