@@ -157,9 +157,20 @@ void ToolItem::listInstances(ToolList& list, std::vector<Matrix34<double>> const
                              Matrix34<double> const& W, int self, int index, bool skipSelected)
 {
     int outer = list.instance;
-    for (size_t i = 0; i < frames.size(); ++i) {
-        list.instance = int(i);
-        list.walk(item, skipSelected, frames[i] * W, self, index);
+    if (item->children.empty() && item->ToolType() == 0) {
+        // A plain leaf lists as Tool::toList would: its placement taken once, not per instance.
+        if (!(skipSelected && (item->flags & FLAG_SELECTED))) {
+            Matrix34<double> T = item->transform();
+            for (size_t i = 0; i < frames.size(); ++i) {
+                list.instance = int(i);
+                list.add(item, T * (frames[i] * W), self, index);
+            }
+        }
+    } else {
+        for (size_t i = 0; i < frames.size(); ++i) {
+            list.instance = int(i);
+            list.walk(item, skipSelected, frames[i] * W, self, index);
+        }
     }
     list.instance = outer;
 }
