@@ -4,12 +4,16 @@
 #include "OpenGL/Shader.h"
 #include "OpenGL/Texture2D.h"
 #include "Scene/Elements/Curve/Curve.h"
+#include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/IFile.h"
 #include "Scene/OFile.h"
 #include "Scene/SceneFile.h"
+#include "Scene/SceneHistory.h"
 #include "Scene/Tools/Array/Array.h"
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace vel {
 
@@ -135,6 +139,76 @@ void Snake::render(Element* e, TRenderState const& state, Matrix34<double> const
     if (bonesBound)
         axis()->bonesTexture->disable();
     bonesBound = false;
+}
+
+// ---- Explode -------------------------------------------------------------------------------
+
+namespace {
+
+Vector3<double> Skin(CurveBone const& b, Vector3<double> const& p, double u, double mul)
+{
+    Vector3<double> local(p.x * mul, p.y * mul, u);
+    return {local.x * b[0] + local.y * b[3] + local.z * b[6] + b[9],
+            local.x * b[1] + local.y * b[4] + local.z * b[7] + b[10],
+            local.x * b[2] + local.y * b[5] + local.z * b[8] + b[11]};
+}
+
+// Steps 2 to 7 of the snake vertex stage for point p (after the item matrix).
+Vector3<double> Bend(std::deque<CurveBone> const& bones, Vector3<double> p, int instance, double mul, int bonesMax,
+                     bool closed)
+{
+    p.z = (p.z + 0.5 + instance) * mul;
+    double k = std::floor(float(p.z));
+    int k0, k1;
+    double u;
+    if (closed) {
+        k0 = int(std::fmod(k + 1, bonesMax));
+        k0 += k0 < 0 ? bonesMax : 0;
+        k1 = (k0 + 1) % bonesMax;
+        u = p.z - k;
+    } else {
+        k0 = int(std::clamp(k, 0.0, double(bonesMax)));
+        k1 = int(std::clamp(k + 1, 0.0, double(bonesMax)));
+        u = p.z - k0;
+    }
+    CurveBone const& b0 = bones[size_t(std::min(k0, int(bones.size()) - 1))];
+    if (k0 == k1)
+        return Skin(b0, p, u, mul);
+    CurveBone const& b1 = bones[size_t(std::min(k1, int(bones.size()) - 1))];
+    return Skin(b0, p, u, mul) * (1 - u) + Skin(b1, p, u - 1, mul) * u;
+}
+
+} // namespace
+
+std::deque<Tool*> Snake::Explode()
+{
+    Curve* c = axis();
+    int instances = 0;
+    float multiplier = 1;
+    if (!item || !item->element || !c || !instancing(instances, multiplier) || !c->buildVertsFrames())
+        return {};
+    std::unique_ptr<Mesh> source(Element::CreateNewMesh(item->element.get()));
+    if (!source)
+        return {};
+    bool closed = closedAxis();
+    int bonesMax = c->activeVerts() - 1 + (closed ? 1 : 0);
+    Matrix34<double> itemMatrix = item->element->Transform(1.0f) * item->transform();
+    bool hasOdd = oddMatrix != Matrix34<double>();
+    Tool* group = explodeGroup();
+    History& history = History::instance();
+    history.superBegin("Add Objects", false);
+    for (int i = 0; i < instances; ++i) {
+        Matrix34<double> M = (i & 1) && hasOdd ? itemMatrix * oddMatrix : itemMatrix;
+        auto* mesh = new Mesh(*source);
+        for (size_t k = 0; k < mesh->verts.size(); ++k) {
+            Vector3<float>& v = mesh->verts[k].position;
+            v = Vector3<float>(Bend(c->bones, Vector3<double>(v) * M, i, double(multiplier), bonesMax, closed));
+        }
+        mesh->initialize(0);
+        (new Tool(Shared<Element>(mesh), c->Transform(1.0f), Matrix34<double>(), material))->addToParent(group);
+    }
+    history.superEnd();
+    return {explodeFinish(group)};
 }
 
 // ---- file record ---------------------------------------------------------------------------

@@ -9,6 +9,8 @@
 
 #include "Scene/Tools/Array/ToolItemAxis.h"
 
+#include <deque>
+
 namespace vel {
 
 class IFile;
@@ -35,6 +37,10 @@ public:
     void render(Element* e, TRenderState const& state, Matrix34<double> const& M, Matrix34<double> const& pivot,
                 int objectId, int items, int elementId, int fourth) override;
     void prepareRender(Element* e) override;
+    // The bend of the shader on the processor, in double precision: one new mesh object per
+    // instance under a group that replaces the snake. Empty when nothing would be drawn or
+    // the item does not convert to a mesh.
+    std::deque<Tool*> Explode() override;
 
     // The count of the draw after the mode's rule, and the multiplier of the shader; false
     // when the axis has fewer than two frames.

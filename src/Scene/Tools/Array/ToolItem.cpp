@@ -124,22 +124,18 @@ bool ToolItem::timer()
     return Tool::timer() || changedItem;
 }
 
-Tool* ToolItem::explodeInto(std::vector<std::vector<Matrix34<double>>> const& batches)
+Tool* ToolItem::explodeGroup()
 {
     VEL_ASSERT(item);
     auto* group = new Tool(Shared<Element>(), objectMatrix, pivotMatrix, material);
     CloneInfo(isObject(), group, false);
     if (Parent)
         group->addToParent(Parent);
-    History& history = History::instance();
-    // What Scene::addObjectsOnParent does, without reaching for the scene singleton: the
-    // group may belong to any scene (a loaded one, a test's).
-    for (std::vector<Matrix34<double>> const& batch : batches) {
-        history.superBegin("Add Objects", false);
-        for (Matrix34<double> const& frame : batch)
-            item->cloneObject(Matrix34<double>(), frame)->addToParent(group);
-        history.superEnd();
-    }
+    return group;
+}
+
+Tool* ToolItem::explodeFinish(Tool* group)
+{
     Tool* newParent = group;
     Tool* oldParent = this;
     VEL_ASSERT(newParent);
@@ -151,6 +147,21 @@ Tool* ToolItem::explodeInto(std::vector<std::vector<Matrix34<double>>> const& ba
     }
     VEL_ASSERT(group->isGroup());
     return group;
+}
+
+Tool* ToolItem::explodeInto(std::vector<std::vector<Matrix34<double>>> const& batches)
+{
+    Tool* group = explodeGroup();
+    History& history = History::instance();
+    // What Scene::addObjectsOnParent does, without reaching for the scene singleton: the
+    // group may belong to any scene (a loaded one, a test's).
+    for (std::vector<Matrix34<double>> const& batch : batches) {
+        history.superBegin("Add Objects", false);
+        for (Matrix34<double> const& frame : batch)
+            item->cloneObject(Matrix34<double>(), frame)->addToParent(group);
+        history.superEnd();
+    }
+    return explodeFinish(group);
 }
 
 void ToolItem::listInstances(ToolList& list, std::vector<Matrix34<double>> const& frames,

@@ -54,6 +54,10 @@ protected:
     // material, with the instances added under it by "Add Objects" steps, one for each
     // entry of `batches` (frames in this tool's own frame).
     Tool* explodeInto(std::vector<std::vector<Matrix34<double>>> const& batches);
+    // The two halves of that: the group placed where this tool is, and this tool's children
+    // moved under it (the group returned).
+    Tool* explodeGroup();
+    Tool* explodeFinish(Tool* group);
     // Lists the item once per frame (frame i times W), numbered as instances, under entry
     // `self` of `list`.
     void listInstances(ToolList& list, std::vector<Matrix34<double>> const& frames, Matrix34<double> const& W,

@@ -6,6 +6,7 @@
 
 #include "Scene/Commands/CommandArrayEdgeVert.h"
 #include "Scene/Elements/Curve/Curve.h"
+#include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/IFile.h"
 #include "Scene/OFile.h"
 #include "Scene/SceneFile.h"
@@ -190,6 +191,31 @@ TEST_F(ArrayTest, EndersFacingOutwardAndSnakeCountsFollowTheMode)
     int instances = 0;
     float multiplier = 0;
     EXPECT_FALSE(lone.instancing(instances, multiplier)) << "one vertex: nothing to draw";
+}
+
+TEST_F(ArrayTest, AnExplodedSnakeIsTheBendOfTheShaderOnTheProcessor)
+{
+    // Stretched over four straight segments: z stays, the cross-section grows fourfold.
+    auto* snake = new Snake(Shared<Element>(Curve::Segment(4, 0)), 0, 0);
+    root->addChild(snake);
+    Shared<Element> cube(ClosedCube().release());
+    snake->setItem(new Tool(cube));
+    std::deque<Tool*> groups = snake->Explode();
+    ASSERT_EQ(groups.size(), 1u);
+    ASSERT_EQ(groups.front()->children.size(), 1u);
+    auto* bent = dynamic_cast<Mesh*>(groups.front()->children[0]->element.get());
+    ASSERT_TRUE(bent);
+    auto* source = static_cast<Mesh*>(cube.get());
+    Matrix34<double> M = source->Transform(1.0f);
+    ASSERT_EQ(bent->verts.size(), source->verts.size());
+    for (size_t k = 0; k < bent->verts.size(); ++k) {
+        Vector3<double> p = Vector3<double>(source->verts[k].position) * M;
+        Vector3<double> q(bent->verts[k].position);
+        EXPECT_NEAR(q.z, p.z, 1e-5) << k;
+        EXPECT_NEAR(std::hypot(q.x, q.y), 4 * std::hypot(p.x, p.y), 1e-4) << k;
+    }
+    Snake lone(Shared<Element>(new Curve({{0, 0, 0}}, false, false, 0)), 0, 1);
+    EXPECT_TRUE(lone.Explode().empty());
 }
 
 // ---- files ---------------------------------------------------------------------------------
