@@ -1,6 +1,8 @@
 // Element buffers on the GL thread: the GPU bytes each vertex layout costs per triangle
 // (from the buffers actually allocated, with the time of a full upload), and the cost of the
-// frame's draw list for 1000 tools sharing 10 elements.
+// frame's draw list for 1000 tools sharing 10 elements; the upload of a snake's bones
+// texture for a 10,000-vertex axis, and the frame of a 100-instance array of an 82k-triangle
+// mesh.
 //
 // The draw list is measured twice: with the driver (llvmpipe, into a 1280x800 G-buffer of
 // six targets, glFinish outside the timing), and with the driver's entry points for draws,
@@ -11,14 +13,17 @@
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Resources.h"
 #include "OpenGL/Shader.h"
+#include "Scene/Elements/Curve/Curve.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
 #include "Scene/ToolList.h"
+#include "Scene/Tools/Array/Array.h"
 #include "Support/GLTestContext.h"
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -34,6 +39,29 @@ bool Context(benchmark::State& state)
         return false;
     }
     InitResources();
+    return true;
+}
+
+// The six targets of the materials pass at 1280x800, enabled for drawing with depth test,
+// under the identity camera.
+bool GBuffer(FBO& gbuffer)
+{
+    gbuffer.addColor(GL_RGBA32I, GL_RGBA_INTEGER, GL_INT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+    gbuffer.addColor(GL_RGB32I, GL_RGB_INTEGER, GL_INT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+    gbuffer.addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    gbuffer.addColor(GL_RG16F, GL_RG, GL_HALF_FLOAT);
+    gbuffer.addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT);
+    gbuffer.addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT);
+    if (!gbuffer.enable())
+        return false;
+    GLenum const buffers[6] = {GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1, GL_COLOR_ATTACHMENT2,
+                               GL_COLOR_ATTACHMENT3, GL_COLOR_ATTACHMENT4, GL_COLOR_ATTACHMENT5};
+    glDrawBuffers(6, buffers);
+    glViewport(0, 0, 1280, 800);
+    gl_Depth_Test.set(true, true);
+    Shader::ProjectionModelViewMatrix = Matrix4<double>();
+    Shader::NormalMatrix = Matrix3<double>();
+    Rendering::instance().style = Rendering::STYLE_PBR;
     return true;
 }
 
@@ -163,24 +191,10 @@ void BM_DrawList1000Tools10Elements(benchmark::State& state)
         return;
     bool withDriver = state.range(0) != 0;
     FBO gbuffer(dsDepth, 1280, 800);
-    gbuffer.addColor(GL_RGBA32I, GL_RGBA_INTEGER, GL_INT, GL_CLAMP_TO_EDGE, GL_NEAREST);
-    gbuffer.addColor(GL_RGB32I, GL_RGB_INTEGER, GL_INT, GL_CLAMP_TO_EDGE, GL_NEAREST);
-    gbuffer.addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
-    gbuffer.addColor(GL_RG16F, GL_RG, GL_HALF_FLOAT);
-    gbuffer.addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT);
-    gbuffer.addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT);
-    if (!gbuffer.enable()) {
+    if (!GBuffer(gbuffer)) {
         state.SkipWithError("no G-buffer");
         return;
     }
-    GLenum const buffers[6] = {GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1, GL_COLOR_ATTACHMENT2,
-                               GL_COLOR_ATTACHMENT3, GL_COLOR_ATTACHMENT4, GL_COLOR_ATTACHMENT5};
-    glDrawBuffers(6, buffers);
-    glViewport(0, 0, 1280, 800);
-    gl_Depth_Test.set(true, true);
-    Shader::ProjectionModelViewMatrix = Matrix4<double>();
-    Shader::NormalMatrix = Matrix3<double>();
-    Rendering::instance().style = Rendering::STYLE_PBR;
 
     std::vector<Shared<Element>> elements;
     for (int i = 0; i < 10; ++i) {
@@ -223,5 +237,79 @@ void BM_DrawList1000Tools10Elements(benchmark::State& state)
     FBO::disable(fbBoth);
 }
 BENCHMARK(BM_DrawList1000Tools10Elements)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+// ---- arrays and snakes ------------------------------------------------------------------
+
+void BM_SnakeBonesTextureRebuild10000Vertices(benchmark::State& state)
+{
+    if (!Context(state))
+        return;
+    std::vector<Vector3<float>> p;
+    for (int i = 0; i < 10000; ++i)
+        p.push_back({float(std::cos(0.01 * i)), float(std::sin(0.01 * i)), float(0.001 * i)});
+    Curve axis(p, false, false, 0);
+    for (auto _ : state) {
+        axis.verts[5000].position.z += 1e-4f;
+        axis.update();
+        benchmark::DoNotOptimize(axis.buildGPUVertsFrames());
+        glFinish();
+    }
+    state.counters["texels"] = double(axis.bones.size() * 4);
+    axis.deleteGPUData();
+}
+BENCHMARK(BM_SnakeBonesTextureRebuild10000Vertices)->Unit(benchmark::kMillisecond);
+
+void BM_Array100Instances100kTriangles(benchmark::State& state)
+{
+    if (!Context(state))
+        return;
+    FBO gbuffer(dsDepth, 1280, 800);
+    if (!GBuffer(gbuffer)) {
+        state.SkipWithError("no G-buffer");
+        return;
+    }
+    {
+        History::Pause pause;
+        Tool parent;
+        // A 10 x 10 grid of instances over the picture: ten rows of ten edges.
+        auto* axis = new Curve;
+        for (int row = 0; row < 10; ++row) {
+            std::vector<Vector3<float>> line;
+            for (int i = 0; i <= 10; ++i)
+                line.push_back({-0.9f + 0.18f * float(i), -0.9f + 0.18f * float(row), 0});
+            Curve part(line, false, false, 0);
+            axis->append(&part);
+        }
+        axis->initialize(0);
+        auto* array = new Array(Shared<Element>(axis), 0);
+        parent.addChild(array);
+        // Level 6 of the subdivided icosahedron: 81,920 triangles, the nearest to 100k.
+        std::unique_ptr<Mesh> sphere = Mesh::Sphere(Mesh::Icosahedron(), 6, 0);
+        double triangles = double(sphere->triangles);
+        array->setItem(new Tool(Shared<Element>(sphere.release()), Matrix34<double>::Scale(0.8)));
+        ToolList list;
+        auto frame = [&] {
+            list.reset();
+            list.append(&parent, false);
+            for (RenderItem const& item : list.items)
+                item.tool->prepareRender(item.element);
+            list.sort(false, true, true);
+            int counter = 0;
+            list.render(Rendering::instance().renderState(0), false, counter);
+            glFinish();
+            return counter;
+        };
+        int draws = frame(); // programs compiled and buffers filled outside the timing
+        for (auto _ : state)
+            benchmark::DoNotOptimize(frame());
+        state.counters["draws"] = double(draws);
+        state.counters["triangles"] = triangles * draws;
+        state.SetLabel("llvmpipe, 1280x800, six targets");
+        list.reset();
+    }
+    History::instance().clear();
+    FBO::disable(fbBoth);
+}
+BENCHMARK(BM_Array100Instances100kTriangles)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 } // namespace

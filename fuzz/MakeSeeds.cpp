@@ -5,8 +5,13 @@
 #include "mainwindow/ConfigFile.h"
 #include "OpenGL/ShaderManager.h"
 #include "Scene/Elements/Mesh/Clay.h"
+#include "Scene/Elements/Curve/Curve.h"
+#include "Scene/Elements/Curve/UCurve.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/OFile.h"
+#include "Scene/Tools/Array/Array.h"
+#include "Scene/Tools/Array/Ender.h"
+#include "Scene/Tools/Array/Snake.h"
 #include "Scene/Tools/SDFTool/SDFObj.h"
 #include "Scene/Root.h"
 #include "Scene/Scene.h"
@@ -137,6 +142,8 @@ void Configs()
          "<RecentFiles><File1 path=\"a.vsc\"/><File3 path=\"b.vsc\"/></RecentFiles></Tessaron>\n");
 }
 
+void CurveScenes(Shared<Element> const& box);
+
 // Scenes by the writer: an empty one; a group over two linked boxes, with a tool box tool;
 // and an object file of one box alone.
 void Scenes()
@@ -177,6 +184,32 @@ void Scenes()
     clayScene.saveN(clay);
     Seed("scene", "clay.vsc", clay.bytes());
     Seed("scene", "clay-cut.vsc", clay.bytes().substr(0, clay.bytes().size() * 3 / 4));
+    CurveScenes(box);
+}
+
+// The kinds that show an item along a curve: an array of boxes on a helix with corner
+// materials, a snake on a ring with a uniform curve following it, an ender on a segment.
+void CurveScenes(Shared<Element> const& box)
+{
+    History::Pause pause;
+    Scene scene;
+    Curve* helix = Curve::Helix(6, 2);
+    helix->setFrames(true);
+    helix->setDataType(1);
+    auto* array = new Array(Shared<Element>(helix), 1);
+    scene.root->addChild(array);
+    array->setItem(new Tool(box));
+    Shared<Element> ring(Curve::NGon(8, false));
+    auto* snake = new Snake(ring, 2, 2);
+    scene.root->addChild(snake);
+    snake->setItem(new Tool(box));
+    scene.root->addChild(new Tool(Shared<Element>(new UCurve(ring, 0.1f))));
+    auto* ender = new Ender(Shared<Element>(Curve::Segment(3, 0)));
+    scene.root->addChild(ender);
+    ender->setItem(new Tool(box));
+    OFile out;
+    scene.saveN(out);
+    Seed("scene", "curves.vsc", out.bytes());
 }
 
 } // namespace

@@ -62,6 +62,10 @@ ShaderManager::ShaderManager()
     ShaderPoint = builtin(FromFile(Path("Point")));
     ShaderDrawCircle = builtin(FromFile(Path("Curve/DrawCircle")));
     ShaderDrawSegment = builtin(FromFile(Path("Curve/DrawSegment")));
+    // ---- curve elements
+    ShaderCurveRenderPbr = builtin(FromFiles(Path("Curve/vCurveRender"), Path("Curve/fCurveRender"), "", "RENDER_PBR"));
+    ShaderCurveRender = builtin(FromFiles(Path("Curve/vCurveRender"), Path("Curve/fCurveRender"), "", ""));
+    // ---- end of curve elements
     // ---- the filter family (GLFilters) and the environment cube (Environment)
     ShaderMirrorVertical = builtin(FromFile(Path("MirrorVertical")));
     ShaderFilterClamp = builtin(FromFile(Path("Filters/FilterClamp")));
@@ -292,6 +296,7 @@ void ShaderManager::clear()
     ShaderFilterThreshold = ShaderFilterThresholdMul = ShaderFilterMedian = ShaderFilterBlur = nullptr;
     ShaderFilterBlurSimple = ShaderFilterGaussianBlur = ShaderNormalize = ShaderNormals = ShaderNoise = nullptr;
     ShaderFilterMinMax = ShaderFilterMinMaxDepthOnly = ShaderSkyBox = ShaderCopySkyBox = ShaderFilterSkyBox = nullptr;
+    ShaderCurveRenderPbr = ShaderCurveRender = nullptr; // curve elements
     // ---- mesh programs
     for (Shader** member : {&ShaderMeshRenderPbr, &ShaderMeshRenderMeshPbr, &ShaderMeshRenderTex, &ShaderMeshRender,
                             &ShaderMeshRenderFast, &ShaderMeshSnakeRenderPbr, &ShaderMeshSnakeRenderMeshPbr,

@@ -59,6 +59,10 @@ public:
     Shader* ShaderPoint = nullptr;                 // a square of pixels around a point
     Shader* ShaderDrawCircle = nullptr;            // "Curve/DrawCircle": a line loop
     Shader* ShaderDrawSegment = nullptr;           // "Curve/DrawSegment": instanced parallel lines
+    // ---- curve elements: "Curve/vCurveRender" + "Curve/fCurveRender" (CurveVBO)
+    Shader* ShaderCurveRenderPbr = nullptr; // RENDER_PBR: kinds 0 and 1
+    Shader* ShaderCurveRender = nullptr;    // kind 6
+    // ---- end of curve elements
     // ---- the filter family (GLFilters) and the environment cube (Environment)
     Shader* ShaderMirrorVertical = nullptr;
     Shader* ShaderFilterClamp = nullptr;

@@ -16,6 +16,9 @@
 // Commands/CommandTransformObjects.h), 50 CommandReplaceElement, 51 CommandUniqueElement,
 // 52 CommandSaveMesh, 53 CommandSubdivideMesh, 54 CommandMeshDataType.
 // 55 CommandSculptClay, 56 CommandPaintClay.
+// 60 CommandSDFSave, 61 CommandSDFSavePriorityGroup.
+// 64 CommandSaveCurve, 65 CommandSubdivideCurve, 66 CommandCurveDataType,
+// 67 CommandArrayEdgeVert.
 // Each class keeps its own as `TYPE`.
 #pragma once
 

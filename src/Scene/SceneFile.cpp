@@ -23,6 +23,8 @@
 #include "Math/Pbr.h"
 #include "OpenGL/ObjectShader.h"
 #include "Scene/Elements/Mesh/Clay.h"
+#include "Scene/Elements/Curve/Curve.h"
+#include "Scene/Elements/Curve/UCurve.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/Elements/Mesh/MeshFile.h"
 #include "Scene/IFile.h"
@@ -31,6 +33,9 @@
 #include "Scene/Scene.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
+#include "Scene/Tools/Array/Array.h"
+#include "Scene/Tools/Array/Ender.h"
+#include "Scene/Tools/Array/Snake.h"
 #include "Scene/Tools/SDFTool/SDFTool.h"
 
 #include <QFileInfo>
@@ -114,7 +119,7 @@ namespace {
 
 // What the element block may hold. A kind not in this build has its payload skipped: the
 // tools showing it become groups.
-enum class ElementRead { Mesh, Clay, Skip, Obsolete };
+enum class ElementRead { Mesh, Clay, Skip, Obsolete, Curve, UCurve };
 struct ElementTag {
     unsigned tag;
     ElementRead read;
@@ -125,7 +130,7 @@ ElementTag const ELEMENT_TAGS[] = {
     {0xE000000Au, ElementRead::Clay, "clay"},   // clay's record is a mesh's
     {0xE000001Au, ElementRead::Mesh, "cloth"},  // a mesh's, then the cloth's own fields
     {0xE0000002u, ElementRead::Skip, "curve"},
-    {0xE1000002u, ElementRead::Skip, "curve"},
+    {0xE1000002u, ElementRead::Curve, "curve"},
     {0xE0000003u, ElementRead::Skip, "sprite"},
     {0xE0000006u, ElementRead::Skip, "sprite"},
     {0xE0000004u, ElementRead::Skip, "revolution"},
@@ -133,7 +138,7 @@ ElementTag const ELEMENT_TAGS[] = {
     {0xE0000005u, ElementRead::Skip, "tube"},
     {0xE1000005u, ElementRead::Skip, "tube"},
     {0xE1000006u, ElementRead::Skip, "solid tube"},
-    {0xE1000007u, ElementRead::Skip, "curve"},
+    {0xE1000007u, ElementRead::UCurve, "curve"},
     {0xE000000Bu, ElementRead::Obsolete, nullptr}, // decals are written but never read back
     {0xE1100002u, ElementRead::Obsolete, nullptr},
     {0xE1100005u, ElementRead::Obsolete, nullptr},
@@ -183,6 +188,14 @@ Element* DataReadElement(IFile& in)
         auto clay = std::make_unique<Clay>();
         if (clay->DataRead(in, FILE_VERSION) && in.pos() <= start + payload)
             result = clay.release();
+    } else if (known->read == ElementRead::Curve) {
+        auto curve = std::make_unique<Curve>();
+        if (curve->DataRead(in, FILE_VERSION) && in.pos() <= start + payload)
+            result = curve.release();
+    } else if (known->read == ElementRead::UCurve) {
+        auto curve = std::make_unique<UCurve>();
+        if (curve->DataReadU(in, FILE_VERSION) && in.pos() <= start + payload)
+            result = curve.release();
     } else if (known->read == ElementRead::Skip) {
         LogInfo(QString("Elements of kind %1 are not part of this build: skipped.").arg(known->kind), 1);
     }
@@ -429,9 +442,24 @@ Tool* readSDFTool(IFile& in, int payload)
 {
     return new SDFTool(in, payload);
 }
+Tool* readArray(IFile& in, int payload)
+{
+    return new Array(in, payload);
+}
+Tool* readSnake(IFile& in, int payload)
+{
+    return new Snake(in, payload);
+}
+Tool* readEnder(IFile& in, int payload)
+{
+    return new Ender(in, payload);
+}
 ToolKind const TOOL_KINDS[] = {
     {TOOL_DATA, true, &readPlainTool},
     {SDFTool::TAG, false, &readSDFTool},
+    {ARRAY_DATA, false, &readArray},
+    {SNAKE_DATA, false, &readSnake},
+    {ENDER_DATA, false, &readEnder},
 };
 
 // What a load collects before references are resolved.

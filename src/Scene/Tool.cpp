@@ -13,6 +13,7 @@
 #include "Scene/Commands/CommandRegisterToolCreation.h"
 #include "Scene/RenderFlags.h"
 #include "Scene/SceneHistory.h"
+#include "Scene/ToolList.h"
 
 #include <cmath>
 
@@ -472,6 +473,15 @@ void Tool::toList(std::vector<Tool*>& list)
     list.push_back(this);
     for (Tool* child : children)
         child->toList(list);
+}
+
+void Tool::toList(ToolList& list, Matrix34<double> const& parentWorld, int parentEntry, int index,
+                  bool skipSelected)
+{
+    Matrix34<double> world = transform() * parentWorld;
+    int i = list.add(this, world, parentEntry, index);
+    for (Tool* child : children)
+        list.walk(child, skipSelected, world, i, index);
 }
 
 void Tool::toMap(std::unordered_map<int, Tool*>& map)

@@ -52,6 +52,7 @@
 namespace vel {
 
 class Tool;
+class ToolList;
 
 // The object the viewport added last; cleared when that tool leaves its parent.
 extern Tool* gPreviouslyAddedObject;
@@ -164,6 +165,12 @@ public:
     virtual void toMap(std::unordered_map<int, Tool*>& map);
     // Pre-order: writes each tool's listIndex and appends it.
     virtual void toList(std::vector<Tool*>& list);
+    // The frame's listing: adds this tool to `list` with world matrix transform() *
+    // parentWorld under entry `parentEntry` (`index` as ToolList::append tells), then its
+    // subtree through ToolList::walk. Kinds that show other tools (arrays, enders) add their
+    // instances here, as matrices, without copying anything.
+    virtual void toList(ToolList& list, Matrix34<double> const& parentWorld, int parentEntry, int index,
+                        bool skipSelected);
     // Sets `found` if T is in this subtree.
     virtual void inList(Tool* T, bool& found);
     virtual Tool* previous();

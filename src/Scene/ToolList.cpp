@@ -41,7 +41,7 @@ void ToolList::reset()
 int ToolList::add(Tool* T, Matrix34<double> const& world, int parentEntry, int index)
 {
     int i = count();
-    items.push_back(RenderItem{T, T->RenderElement(), parentEntry});
+    items.push_back(RenderItem{T, T->RenderElement(), parentEntry, instance});
     matrices.push_back(world);
     // A tool that is not an object belongs to the object above it.
     parents.push_back(parentEntry < 0 || T->isObject() ? i : parentEntry);
@@ -53,10 +53,7 @@ void ToolList::walk(Tool* T, bool skipSelected, Matrix34<double> const& parentWo
 {
     if (skipSelected && (T->flags & Tool::FLAG_SELECTED))
         return;
-    Matrix34<double> world = T->transform() * parentWorld;
-    int i = add(T, world, parentEntry, index);
-    for (Tool* child : T->children)
-        walk(child, skipSelected, world, i, index);
+    T->toList(*this, parentWorld, parentEntry, index, skipSelected);
 }
 
 void ToolList::append(Tool* T, bool skipSelected)
@@ -80,8 +77,8 @@ void ToolList::append(Tool* T, Matrix34<double> const& M, std::vector<Matrix34<d
         VEL_ASSERT_MSG(list.items[size_t(index)].tool == parent, "the entry given is the owner's");
         W = list.matrices[size_t(index)];
     }
-    for (Matrix34<double> const& instance : instances)
-        walk(T, skipSelected, M * instance * W, -1, index);
+    for (Matrix34<double> const& each : instances)
+        walk(T, skipSelected, M * each * W, -1, index);
 }
 
 // ---- sorting ---------------------------------------------------------------------------
@@ -119,7 +116,8 @@ void ToolList::sort(bool curves, bool transparent, bool rigid)
         Element* element = items[size_t(i)].element;
         if (!(tool->flags & Tool::FLAG_VISIBLE) || tool->isGroup() || !element)
             continue;
-        if (!curves && tool->elementIsCurve())
+        // What is drawn decides: a snake shows its item, not its axis curve.
+        if (!curves && element->Type() >= 5 && element->Type() <= 7)
             continue;
         bool seeThrough = isTransparent(i);
         if ((!transparent && seeThrough) || (!rigid && tool->isRigidBody()))
@@ -217,7 +215,8 @@ void ToolList::render(TRenderState const& state, bool flag, int& counter) const
 {
     int const first = counter;
     walkDraws(state, counter, [&](RenderSubItem const& sub, Matrix34<double> const& M) {
-        sub.tool->render(sub.sub.element, state, M, pivot(sub.index), itemId(sub.index), 0, sub.sub.element->id,
+        sub.tool->render(sub.sub.element, state, M, pivot(sub.index), itemId(sub.index),
+                         items[size_t(sub.index)].instance, sub.sub.element->id,
                          sub.tool->id);
     });
     if (Rendering::instance().showBoundingBoxes) {

@@ -36,6 +36,7 @@ struct RenderItem {
     Tool* tool = nullptr;
     Element* element = nullptr; // the tool's RenderElement(); null for a group
     int parent = -1;            // entry of the tree parent in this list, -1 for none
+    int instance = 0;           // which instance of a repeating owner (an array), 0 for the rest
 };
 
 struct RenderSubItem {
@@ -62,6 +63,9 @@ public:
     std::vector<int> parents;
     std::vector<int> indices;
     std::array<DrawList, 4> sorted;
+    // The instance number that add() gives new entries: an owner that repeats its item sets
+    // it around each instance and puts it back after.
+    int instance = 0;
 
     ToolList();
     ToolList(ToolList&&) = delete; // the draw lists point into this list's own arenas
@@ -98,6 +102,12 @@ public:
     void render(TRenderState const& state, bool flag, int& counter) const;
     // The oriented box of each entry of the same list, drawn in lines with the entry's ids.
     void renderOBBs(TRenderState const& state, bool flag, int& counter) const;
+    // One step of the frame's listing: T (unless skipped as selected) through its
+    // Tool::toList, under `parentWorld` and entry `parentEntry`.
+    void walk(Tool* T, bool skipSelected, Matrix34<double> const& parentWorld, int parentEntry, int index);
+    // Appends one entry; returns its number.
+    int add(Tool* T, Matrix34<double> const& world, int parentEntry, int index);
+
     // The id the id buffer receives for entry i.
     int itemId(int i) const;
 
@@ -121,8 +131,6 @@ private:
 
     // Empties draw list `which` and its arena, keeping room for as many entries as it had.
     void restart(int which);
-    void walk(Tool* T, bool skipSelected, Matrix34<double> const& parentWorld, int parentEntry, int index);
-    int add(Tool* T, Matrix34<double> const& world, int parentEntry, int index);
     // The walk of render and renderOBBs: each entry of the list through `draw`, with the
     // shader of its key made current and given the frame's uniforms.
     template <class Draw>
