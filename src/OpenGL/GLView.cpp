@@ -11,6 +11,7 @@
 #include "OpenGL/Mouse.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderLayer.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureCube.h"
 #include "Scene/Element.h"
@@ -214,7 +215,8 @@ void GLView::render()
     // 4. The light of the frame, turning with RotateLight.
     // 5.
     renderClear();
-    // 6. Shader layers, group RunPreOpaque: with the shader layers.
+    // 6.
+    ShaderLayer::RenderPreCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 0); // RunPreOpaque
     // 7.
     renderObjects(scene.list, true, false);
     // 8. to 10. The pick, the mouse actions and a restarted frame: with picking and the
@@ -222,7 +224,7 @@ void GLView::render()
     // 11.
     scene.temporary.sort(r.showCurves, r.showTransparent, r.showRigidBodies);
     renderObjects(scene.temporary, false, false);
-    // Shader layers, group RunPostOpaque.
+    ShaderLayer::RenderPreCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 1); // RunPostOpaque
     // 12.
     if (r.fast)
         calculateNormals(Shader::ProjectionMatrixInv);
@@ -231,7 +233,8 @@ void GLView::render()
     // 14. Selection masks and contours: with selection and the edge passes.
     // 15.
     mixRefract();
-    // 16. Shader layers, group RunPostComposit.
+    // 16.
+    ShaderLayer::RenderPostCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 2); // RunPostComposit
     // 17.
     if (r.light && r.shadow > 0) {
         renderShadow({&scene.list, &scene.temporary}, false);
@@ -267,7 +270,8 @@ void GLView::render()
         if (on && e)
             (this->*e)();
     }
-    // 19. Shader layers, group RunFinal; then no value leaves 0..1.
+    // 19. Then no value leaves 0..1.
+    ShaderLayer::RenderPostCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 3); // RunFinal
     beginPass();
     GLClamp(current(), next());
     endPass();

@@ -3,7 +3,9 @@
 #include <cmath>
 #include "Core/Communicate.h"
 #include "OpenGL/Environment.h"
+#include "OpenGL/ShaderLayer.h"
 #include "OpenGL/TextureManager.h"
+#include "Scene/SceneFile.h"
 
 namespace vel {
 
@@ -11,7 +13,13 @@ char const* const Rendering::DEFAULT_ENVIRONMENT = ":/PBR/Newport_Loft_Ref.hdr";
 char const* const Rendering::DEFAULT_BRDF = ":/PBR/ibl_brdf_lut.png";
 char const* const Rendering::DEFAULT_MATCAP = ":/Materials/MatCaps/RedClay.png";
 
-Rendering::Rendering() = default;
+Rendering::Rendering()
+{
+    // Scene files take the shader layers and common includes from here.
+    gSaveShaderLayers = [](std::ostream& out) { Rendering::instance().save_shader_layers(out); };
+    gSaveIncludeCommon = [](std::ostream& out) { Rendering::instance().save_include_common(out); };
+}
+
 Rendering::~Rendering() = default;
 
 // ---- image-based light
@@ -44,6 +52,9 @@ void Rendering::openResources()
 void Rendering::closeResources()
 {
     currentEnvironment = BRDF = matcap = Shared<Texture>();
+    // Layers hold programs and buffers: they go while the context is current.
+    for (auto& group : ShaderLayers)
+        group.clear();
 }
 
 // ---- styles

@@ -1,6 +1,7 @@
 #include "OpenGL/Gui/UI.h"
 
 #include "Core/ReadTextFile.h"
+#include "OpenGL/Gui/ShaderEditor.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/Texture2D.h"
 
@@ -125,6 +126,7 @@ void UI::draw(Frame const& frame)
     if (showText)
         drawText();
     drawNavigation(frame.navigation);
+    ShaderEditor::instance().draw();
     drawProgress();
     drawStart();
     // The popups there are have seen the request by now.
@@ -234,6 +236,10 @@ void UI::drawStart()
     }
     uiBase_start = 2;
     // The sample scenes take their places here as they exist.
+    if (ShaderEditor::drawStartEntries()) {
+        startRequest = 1;
+        ImGui::CloseCurrentPopup();
+    }
     ImGui::TextUnformatted("Recent Files");
     ImGui::Separator();
     if (recent.empty())
