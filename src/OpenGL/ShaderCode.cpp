@@ -8,6 +8,7 @@
 
 #include <glad/gl.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <sstream>
 #include <unordered_set>
@@ -297,26 +298,74 @@ std::string ShaderCode::SamplerLines() const
     return out;
 }
 
+namespace {
+
+char const* const LISTING_NAME = "@code"; // stands for the listing in the compiler's log
+constexpr int MAX_RESUMES = 8;            // compiles past syntax errors, per build
+
+// Compiles the listing as it is, unsimplified, so that log lines are listing lines; the
+// messages of the three stages, mapped, and the listing lines of user text that the compiler
+// found a syntax error in. True when the program linked.
+bool CompileMapped(CodeListing const& listing, Shared<Shader>& shader, std::vector<CodeError>& found,
+                   std::vector<size_t>& syntax)
+{
+    shader = Shared<Shader>(new Shader(listing.text(), {}, {}, LISTING_NAME));
+    std::unordered_map<int, std::string> logs;
+    bool const ok = shader->compile(logs);
+    found.clear();
+    syntax.clear();
+    std::string const prefix = std::string(LISTING_NAME) + ":";
+    for (int stage : {0, 1, 2}) {
+        std::vector<CodeError> mapped = MapCompileLog(logs[stage], stage, LISTING_NAME, listing);
+        found.insert(found.end(), mapped.begin(), mapped.end());
+        for (std::string const& line : SplitLines(logs[stage])) {
+            if (line.compare(0, prefix.size(), prefix) != 0 || line.find("syntax error") == std::string::npos)
+                continue;
+            long number = std::strtol(line.c_str() + prefix.size(), nullptr, 10);
+            if (number >= 1 && number <= long(listing.lines.size()) && listing.origins[size_t(number - 1)].file >= 0)
+                syntax.push_back(size_t(number - 1));
+        }
+    }
+    return ok;
+}
+
+} // namespace
+
 Shared<Shader> ShaderCode::build(std::string const& key, CodeListing listing)
 {
     ExpandIncludes(listing);
-    static char const* const NAME = "@code"; // stands for the listing in the compiler's log
-    // The text is kept as it is, unsimplified, so that log lines are listing lines.
-    Shared<Shader> shader(new Shader(listing.text(), {}, {}, NAME));
-    std::unordered_map<int, std::string> logs;
-    bool ok = shader->compile(logs);
-    errors.clear();
+    Shared<Shader> shader;
+    std::vector<CodeError> found;
+    std::vector<size_t> syntax;
+    bool const ok = CompileMapped(listing, shader, found, syntax);
+    errors = found;
+    // A syntax error ends the compiler's work at its first fault. To list the faults after it
+    // as well, that line is left out and the text compiled again, a few times; what is new is
+    // added, with a note that it was found so.
+    for (int round = 0; !ok && round < MAX_RESUMES; ++round) {
+        auto line = std::find_if(syntax.begin(), syntax.end(), [&](size_t at) { return !listing.lines[at].empty(); });
+        if (line == syntax.end())
+            break;
+        std::string const note = " (found with line " + std::to_string(listing.origins[*line].user) + " left out)";
+        listing.lines[*line].clear();
+        Shared<Shader> probe;
+        CompileMapped(listing, probe, found, syntax);
+        for (CodeError const& e : found) {
+            bool known = e.line == 0 || std::any_of(errors.begin(), errors.end(), [&](CodeError const& k) {
+                return k.stage == e.stage && k.file == e.file && k.line == e.line;
+            });
+            if (!known) {
+                errors.push_back(e);
+                errors.back().message += note;
+            }
+        }
+    }
     std::unordered_map<int, std::string>& mapped = error_messages[key];
     mapped.clear();
-    for (int stage : {0, 1, 2}) {
-        std::vector<CodeError> found = MapCompileLog(logs[stage], stage, NAME, listing);
-        std::string joined;
-        for (CodeError& e : found) {
-            joined += e.message + "\n";
-            errors.push_back(std::move(e));
-        }
-        mapped[stage] = joined;
-    }
+    for (int stage : {0, 1, 2})
+        mapped[stage].clear();
+    for (CodeError const& e : errors)
+        mapped[e.stage] += e.message + "\n";
     if (!ok)
         return {};
     return ShaderManager::instance().Share(shader);
