@@ -1,12 +1,15 @@
 #include "OpenGL/Gui/ShaderEditor.h"
 
 #include "Core/Communicate.h"
+#include "OpenGL/FBODoubleBuffer.h"
 #include "OpenGL/FileDialogs.h"
 #include "OpenGL/Gui/UI.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/ShaderIncludeManager.h"
 #include "OpenGL/ShaderLayer.h"
 #include "OpenGL/ShaderManager.h"
+#include "OpenGL/Texture.h"
+#include "OpenGL/TextureManager.h"
 #include "mainwindow/ConfigFile.h"
 
 #include <imgui.h>
@@ -200,6 +203,16 @@ void ShaderEditor::drawToolBar(ShaderLayer& layer)
     if (ImGui::Button("Compile"))
         layer.compile(Rendering::instance().style);
     ImGui::SameLine();
+    if (ImGui::Button("ico_new")) {
+        buffer.clear();
+        layer.setText(buffer);
+    }
+    ImGui::SameLine();
+    if (ImGui::Button("AddMain")) {
+        buffer += "\nvoid main()\n{\n    oColor = texelFetch(iImage, ivec2(gl_FragCoord.xy), 0);\n}\n";
+        layer.setText(buffer);
+    }
+    ImGui::SameLine();
     if (ImGui::Button("AdaptFromShadertoy")) {
         buffer = ShaderLayer::AdaptFromShadertoy(buffer);
         layer.setText(buffer);
@@ -231,6 +244,7 @@ void ShaderEditor::drawToolBar(ShaderLayer& layer)
                 layers.erase(layers.begin() + i);
             choose(g, -1);
         });
+    drawInputs(layer);
     if (group <= ShaderLayer::RunPostOpaque) {
         if (ImGui::Checkbox("DepthWrite", &layer.depthWrite))
             layer.dirty = true;
@@ -254,6 +268,74 @@ void ShaderEditor::drawToolBar(ShaderLayer& layer)
         ImGui::Checkbox("Generate MipMaps", &layer.generateMipMaps);
         layer.width = std::clamp(layer.width, 1.0f, float(ShaderLayer::MAX_BUFFER_SIZE));
         layer.height = std::clamp(layer.height, 1.0f, float(ShaderLayer::MAX_BUFFER_SIZE));
+    }
+}
+
+void ShaderEditor::drawInputs(ShaderLayer& layer)
+{
+    if (ImGui::Button("Textures *##SL"))
+        ImGui::OpenPopup("Textures##SL");
+    ImGui::SameLine();
+    if (ImGui::Button("Include *##SL"))
+        ImGui::OpenPopup("Includes##SL");
+    ImGui::SameLine();
+    bool mipmaps = layer.mipmapsFromInput[0];
+    if (ImGui::Checkbox("Use MipMaps From Input", &mipmaps))
+        layer.mipmapsFromInput.fill(mipmaps);
+    ImGui::SameLine();
+    if (ImGui::BeginPopup("Textures##SL")) {
+        Rendering& r = Rendering::instance();
+        for (int i = 0; i < ShaderCode::SAMPLERS; ++i) {
+            ImGui::PushID(i);
+            Texture* t = layer.samplers[size_t(i)].get();
+            char g = 0;
+            int at = -1;
+            std::string what = !t ? "(none)"
+                               : r.FindCustomShaderLayer(t, g, at) ? ShaderLayer::name(g, at)
+                                                                   : t->name;
+            ImGui::Text("iTex%d  %s", i, what.c_str());
+            ImGui::SameLine();
+            if (ImGui::SmallButton("ico_open"))
+                ui_callbacks.push_back([i, target = chosen()] {
+                    QString path = AskOpenFileName(nullptr, "Texture", OPEN_SHADER_FINAL_PATH,
+                                                   "Images (*.png *.jpg *.hdr *.bmp)");
+                    if (!path.isEmpty() && target)
+                        target->set_sampler(i, TextureManager::instance().AddFile(path.toStdString()));
+                });
+            // The output of a layer with a buffer of its own, itself included (a feedback loop).
+            for (auto const& list : r.ShaderLayers)
+                for (Shared<ShaderLayer> const& source : list)
+                    if (source->custom && source->fbo) {
+                        ImGui::SameLine();
+                        char sg = 0;
+                        int si = -1;
+                        r.FindShaderLayer(source.get(), sg, si);
+                        if (ImGui::SmallButton(ShaderLayer::name(sg, si).c_str()))
+                            layer.set_sampler(i, Shared<Texture>(source->fbo->attachments[1]));
+                    }
+            ImGui::SameLine();
+            if (ImGui::SmallButton("x"))
+                layer.set_sampler(i, {});
+            ImGui::PopID();
+        }
+        ImGui::EndPopup();
+    }
+    if (ImGui::BeginPopup("Includes##SL")) {
+        ImGui::TextUnformatted("Editable Includes");
+        std::deque<std::string> const& commons = ShaderIncludeManager::instance().common;
+        for (int i = 0; i < int(commons.size()); ++i) {
+            std::string const name = "?Common " + std::to_string(i);
+            bool on = std::find(layer.includes.begin(), layer.includes.end(), name) != layer.includes.end();
+            if (ImGui::Checkbox(name.c_str(), &on)) {
+                if (on)
+                    layer.includes.push_back(name);
+                else
+                    layer.includes.erase(std::remove(layer.includes.begin(), layer.includes.end(), name),
+                                         layer.includes.end());
+                layer.dirty = true;
+            }
+        }
+        ImGui::EndPopup();
     }
 }
 

@@ -39,6 +39,7 @@ private:
     ShaderEditor() = default;
     void drawGroups();
     void drawToolBar(ShaderLayer& layer);
+    void drawInputs(ShaderLayer& layer);
     void drawErrors(ShaderLayer& layer);
     void choose(int group, int index);
 };
