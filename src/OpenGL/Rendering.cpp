@@ -55,6 +55,7 @@ void Rendering::closeResources()
     // Layers hold programs and buffers: they go while the context is current.
     for (auto& group : ShaderLayers)
         group.clear();
+    ShaderLayer::Loaded = Shared<ShaderLayer>();
 }
 
 // ---- styles

@@ -39,7 +39,7 @@ std::string LineOf(std::string const& text, int n)
 
 } // namespace
 
-bool ShaderEditor::drawStartEntries()
+bool ShaderEditor::drawSamples()
 {
     struct Entry {
         char const* label;
@@ -56,21 +56,17 @@ bool ShaderEditor::drawStartEntries()
                                     {"LENS FLARES", "FilterLensFlares.vsc"}};
     bool chosen = false;
     auto list = [&](char const* title, Entry const* entries, size_t count, bool append) {
-        ImGui::TextUnformatted(title);
-        ImGui::Separator();
+        if (!ImGui::CollapsingHeader(title))
+            return;
         for (size_t i = 0; i < count; ++i)
             if (ImGui::Selectable(entries[i].label)) {
                 std::string const path = std::string(":/scenes/ShaderLayers/") + entries[i].file;
                 ui_callbacks.push_back([path, append] { emit Communicate::instance().OpenFile(path, append); });
                 chosen = true;
             }
-        ImGui::Spacing();
     };
     list("SHADER LAYERS", scenes, std::size(scenes), false);
     list("EFFECTS (Append)", effects, std::size(effects), true);
-    // The layers that come are for editing: the editor opens with them.
-    if (chosen)
-        instance().visible = true;
     return chosen;
 }
 
@@ -175,6 +171,8 @@ void ShaderEditor::drawGroups()
         }
         ImGui::PopID();
     }
+    ImGui::Separator();
+    drawSamples();
     ImGui::Separator();
     if (ImGui::TreeNodeEx("Common##ShaderLayers", ImGuiTreeNodeFlags_DefaultOpen)) {
         std::deque<std::string>& commons = ShaderIncludeManager::instance().common;

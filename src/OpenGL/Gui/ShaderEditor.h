@@ -27,9 +27,10 @@ public:
     std::string buffer;  // the text being edited
 
     void draw();
-    // The start window's shader layer samples: "SHADER LAYERS" open a scene, "EFFECTS (Append)"
-    // add a filter to the scene there is. True when one was chosen (the load is queued).
-    static bool drawStartEntries();
+    // The shader layer samples of the start window, folded: "SHADER LAYERS" open a scene,
+    // "EFFECTS (Append)" add a filter to the scene there is. True when one was chosen (the load
+    // is queued). Shown in the editor until the start window has room for them.
+    static bool drawSamples();
     // A new layer from the shipped default text, chosen, at the end of `group`.
     void newLayer(int group);
     // The chosen layer, or null.

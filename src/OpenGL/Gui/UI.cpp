@@ -182,6 +182,8 @@ void UI::drawInfo(Frame const& frame)
         ImGui::Text("%s", frame.gl.c_str());
         ImGui::Text("Dear ImGui %s", ImGui::GetVersion());
         ImGui::Text("%.1f frames per second", double(frame.fps));
+        // Until the shaders tab exists, the shader editor opens from here.
+        ImGui::Checkbox("Shader Layers##editor", &ShaderEditor::instance().visible);
     }
     ImGui::End();
 }
@@ -235,11 +237,8 @@ void UI::drawStart()
         return;
     }
     uiBase_start = 2;
-    // The sample scenes take their places here as they exist.
-    if (ShaderEditor::drawStartEntries()) {
-        startRequest = 1;
-        ImGui::CloseCurrentPopup();
-    }
+    // The sample scenes take their places here as they exist (the shader layer samples are in
+    // the shader editor for now: ShaderEditor::drawSamples).
     ImGui::TextUnformatted("Recent Files");
     ImGui::Separator();
     if (recent.empty())
