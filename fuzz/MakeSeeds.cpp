@@ -3,6 +3,7 @@
 // shipped shaders, small images of each kind, and scene and object files.
 #include "Math/Matrix34.h"
 #include "mainwindow/ConfigFile.h"
+#include "OpenGL/ShaderLayer.h"
 #include "OpenGL/ShaderManager.h"
 #include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Elements/Curve/Curve.h"
@@ -143,6 +144,15 @@ void Configs()
 }
 
 void CurveScenes(Shared<Element> const& box);
+// Layer files: the writer's, with a sampler and an include, and the shipped new layer.
+void ShaderLayers()
+{
+    ShaderLayer layer("#include \":/shaders/Include/Math.glsl\"\nvoid main() { oColor = texture(iTex1, vec2(0)); }\n");
+    layer.stencil = ShaderLayer::StencilContent;
+    layer.depthWrite = true;
+    Seed("shader_layer", "written.xml", layer.ToXML());
+    Seed("shader_layer", "default.xml", ShaderManager::ReadFile(":/shaders/ShaderIO/DefaultFinal.xml"));
+}
 
 // Scenes by the writer: an empty one; a group over two linked boxes, with a tool box tool;
 // and an object file of one box alone.
@@ -230,6 +240,7 @@ int main(int argc, char** argv)
     Shaders();
     Images();
     Configs();
+    ShaderLayers();
     Scenes();
     return 0;
 }

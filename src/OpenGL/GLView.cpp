@@ -11,6 +11,7 @@
 #include "OpenGL/Mouse.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
+#include "OpenGL/ShaderLayer.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/TextureCube.h"
 #include "OpenGL/ViewportInput.h"
@@ -220,7 +221,8 @@ void GLView::render()
     // 4. The light of the frame, turning with RotateLight.
     // 5.
     renderClear();
-    // 6. Shader layers, group RunPreOpaque: with the shader layers.
+    // 6.
+    ShaderLayer::RenderPreCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 0); // RunPreOpaque
     // 7.
     renderObjects(scene.list, true, false);
     // 8. to 10. The pick under the pointer, then the mouse actions on it.
@@ -230,7 +232,7 @@ void GLView::render()
     // 11.
     scene.temporary.sort(r.showCurves, r.showTransparent, r.showRigidBodies);
     renderObjects(scene.temporary, false, false);
-    // Shader layers, group RunPostOpaque.
+    ShaderLayer::RenderPreCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 1); // RunPostOpaque
     // 12.
     if (r.fast)
         calculateNormals(Shader::ProjectionMatrixInv);
@@ -243,7 +245,8 @@ void GLView::render()
         contour();
     // 15.
     mixRefract();
-    // 16. Shader layers, group RunPostComposit.
+    // 16.
+    ShaderLayer::RenderPostCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 2); // RunPostComposit
     // 17.
     if (r.light && r.shadow > 0) {
         renderShadow({&scene.list, &scene.temporary}, false);
@@ -273,7 +276,8 @@ void GLView::render()
         if (on)
             (this->*e)();
     }
-    // 19. Shader layers, group RunFinal; then no value leaves 0..1.
+    // 19. Then no value leaves 0..1.
+    ShaderLayer::RenderPostCompositShaderLayers(*this, ShaderLayerUniforms::Frame(time, frame, height), 3); // RunFinal
     beginPass();
     GLClamp(current(), next());
     endPass();

@@ -5,7 +5,9 @@
 #include "Core/Communicate.h"
 #include "OpenGL/Environment.h"
 #include "OpenGL/Texture2D.h"
+#include "OpenGL/ShaderLayer.h"
 #include "OpenGL/TextureManager.h"
+#include "Scene/SceneFile.h"
 
 namespace vel {
 
@@ -13,7 +15,13 @@ char const* const Rendering::DEFAULT_ENVIRONMENT = ":/PBR/Newport_Loft_Ref.hdr";
 char const* const Rendering::DEFAULT_BRDF = ":/PBR/ibl_brdf_lut.png";
 char const* const Rendering::DEFAULT_MATCAP = ":/Materials/MatCaps/RedClay.png";
 
-Rendering::Rendering() = default;
+Rendering::Rendering()
+{
+    // Scene files take the shader layers and common includes from here.
+    gSaveShaderLayers = [](std::ostream& out) { Rendering::instance().save_shader_layers(out); };
+    gSaveIncludeCommon = [](std::ostream& out) { Rendering::instance().save_include_common(out); };
+}
+
 Rendering::~Rendering() = default;
 
 // ---- image-based light
@@ -48,6 +56,10 @@ void Rendering::closeResources()
     currentEnvironment = BRDF = matcap = Shared<Texture>();
     // The static noise texture would otherwise be freed after the driver has gone at exit.
     Texture2D::Random = Shared<Texture2D>();
+    // Layers hold programs and buffers: they go while the context is current.
+    for (auto& group : ShaderLayers)
+        group.clear();
+    ShaderLayer::Loaded = Shared<ShaderLayer>();
 }
 
 // ---- styles

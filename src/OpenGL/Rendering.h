@@ -9,11 +9,14 @@
 #include "Memory/Singleton.h"
 #include "Scene/Elements/TRenderState.h"
 
+#include <deque>
+#include <iosfwd>
 #include <string>
 
 namespace vel {
 
 class Environment;
+class ShaderLayer;
 class Texture;
 
 class Rendering : public Singleton<Rendering> {
@@ -110,6 +113,23 @@ public:
     // Lets them go (call while the context is current).
     void closeResources();
     // ---- end of image-based light
+
+    // ---- shader layers (ShaderLayer): the four run groups in order, each with its switch.
+    // The common includes ("?Common n") are ShaderIncludeManager::common.
+    std::deque<Shared<ShaderLayer>> ShaderLayers[4];
+    bool ShaderLayerGroupActive[4] = {true, true, true, true};
+    // Adds `layer` at the end of `group` (0 to 3) and returns it.
+    Shared<ShaderLayer> const& addShaderLayer(int group, Shared<ShaderLayer> const& layer);
+    // The group and place of the layer whose own buffer's front texture is `texture`.
+    bool FindCustomShaderLayer(Texture const* texture, char& group, int& index) const;
+    bool FindShaderLayer(ShaderLayer const* layer, char& group, int& index) const;
+    // The scene file's shader layers block and common includes block, both ways. A block
+    // that can't be read is reported and changes nothing; `replace` false appends.
+    void save_shader_layers(std::ostream& out) const;
+    void save_include_common(std::ostream& out) const;
+    bool load_shader_layers_from_buffer(std::istream* buffer, bool replace);
+    bool load_include_common_from_buffer(std::istream* buffer, bool replace);
+    // ---- end of shader layers
 
     Rendering();
     ~Rendering() override;

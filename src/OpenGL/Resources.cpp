@@ -8,6 +8,7 @@ static void InitShaderResources()
     Q_INIT_RESOURCE(shaders);
     Q_INIT_RESOURCE(app);
     Q_INIT_RESOURCE(pbr);
+    Q_INIT_RESOURCE(scenes);
 }
 
 namespace vel {

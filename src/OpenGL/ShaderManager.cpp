@@ -229,6 +229,18 @@ std::string ShaderManager::Key(std::string const& simplified, std::string const&
     return QString::fromStdString(key).simplified().toStdString();
 }
 
+// ---- user shaders
+Shared<Shader> ShaderManager::Share(Shared<Shader> const& compiled)
+{
+    std::string key = Key(SimplifiedString(compiled->text), compiled->vertexDefines, compiled->fragmentDefines);
+    auto found = shaders.find(key);
+    if (found != shaders.end() && found->second->Compiled)
+        return found->second;
+    shaders[key] = compiled;
+    return compiled;
+}
+// ---- end of user shaders
+
 Shared<Shader> ShaderManager::FromText(std::string const& text, std::string const& vert_defs,
                                        std::string const& frag_defs)
 {

@@ -179,6 +179,12 @@ public:
     Shared<Shader> FromVFileFText(std::string const& vert_file, std::string const& frag_text,
                                   std::string const& vert_defs = {}, std::string const& frag_defs = {});
 
+    // ---- user shaders (shader layers, object shaders)
+    // A program compiled outside the cache from its verbatim text: the cached program of the
+    // same code when there is a compiled one, else `compiled`, now cached.
+    Shared<Shader> Share(Shared<Shader> const& compiled);
+    // ---- end of user shaders
+
     // The cache key of a source and its defines.
     static std::string Key(std::string const& simplified, std::string const& vert_defs,
                            std::string const& frag_defs);

@@ -61,6 +61,8 @@ std::unique_ptr<std::stringstream> gShaderLayersBuf;
 std::unique_ptr<std::stringstream> gIncludeCommonBuf;
 bool (*gSaveCamera)(CameraState&) = nullptr;
 void (*gSaveGui)(std::ostream&) = nullptr;
+void (*gSaveShaderLayers)(std::ostream&) = nullptr;
+void (*gSaveIncludeCommon)(std::ostream&) = nullptr;
 
 void gDeleteLoadBuffers()
 {
@@ -350,9 +352,17 @@ void Scene::saveN(OFile& out)
     std::ostringstream view;
     camera.write(view);
     writeBlock(out, CAMERA_BLOCK, view.str());
-    writeBlock(out, SHADER_LAYERS_BLOCK, shaderLayersPayload());
+    std::ostringstream layers;
+    if (gSaveShaderLayers)
+        gSaveShaderLayers(layers);
+    else
+        layers << shaderLayersPayload();
+    writeBlock(out, SHADER_LAYERS_BLOCK, layers.str());
     std::ostringstream includes;
-    put(includes, int(0)); // no common includes
+    if (gSaveIncludeCommon)
+        gSaveIncludeCommon(includes);
+    else
+        put(includes, int(0)); // no common includes
     writeBlock(out, INCLUDE_COMMON_BLOCK, includes.str());
     std::ostringstream animation;
     Animation::instance().Save(&animation);

@@ -103,5 +103,8 @@ struct CameraState {
 // What the layers above the model put into a scene file; installed by them, null until then.
 extern bool (*gSaveCamera)(CameraState& camera); // false: no view to save, the scene's fit goes
 extern void (*gSaveGui)(std::ostream& out);      // the user interface block's payload
+// The shader layers block's and the common includes block's payloads; null writes them empty.
+extern void (*gSaveShaderLayers)(std::ostream& out);
+extern void (*gSaveIncludeCommon)(std::ostream& out);
 
 } // namespace vel

@@ -908,6 +908,11 @@ bool Tool::isSDF() const
 
 Shader* Tool::renderShader(Element* e, TRenderState const& state)
 {
+    // The object's own program where it has one for this draw, else the element's.
+    ShaderCodeKey key;
+    if (e && hasCode() && ObjectShader::KeyFor(state, e->getDataType(), key))
+        if (Shader* custom = use(key))
+            return custom;
     return e ? e->renderShader(state) : nullptr;
 }
 
@@ -921,7 +926,11 @@ void Tool::render(Element* e, TRenderState const& state, Matrix34<double> const&
 {
     if (!renderBegin(e, state))
         return;
-    e->render(state, M, objectId, items, elementId, fourth, material, renderFlags(), float(time));
+    ShaderCodeKey key;
+    if (hasCode() && ObjectShader::KeyFor(state, e->getDataType(), key) && program(key))
+        e->renderCustom(state, M, objectId, items, elementId, fourth, material, renderFlags(), float(time));
+    else
+        e->render(state, M, objectId, items, elementId, fourth, material, renderFlags(), float(time));
     e->renderEnd();
 }
 

@@ -18,6 +18,7 @@
 #include "Core/Communicate.h"
 #include "OpenGL/FileDialogs.h"
 #include "OpenGL/GLView.h"
+#include "OpenGL/Rendering.h"
 #include "OpenGL/GLWidget.h"
 #include "Scene/Root.h"
 #include "Scene/Scene.h"
@@ -201,6 +202,9 @@ void MainWindow::FinalizeThread(void* data, int kind)
     toolBoxTools.insert(toolBoxTools.end(), Scene::UITools.begin(), Scene::UITools.end());
     Scene::UITools.clear();
     Animation::instance().Load(gAnimationBuf.get(), result->append, FILE_VERSION);
+    // Common includes first: the layers compile against them.
+    Rendering::instance().load_include_common_from_buffer(gIncludeCommonBuf.get(), !result->append);
+    Rendering::instance().load_shader_layers_from_buffer(gShaderLayersBuf.get(), !result->append);
 
     QString absolute = result->file.absoluteFilePath();
     if (!absolute.startsWith(':')) {

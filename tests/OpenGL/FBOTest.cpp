@@ -268,25 +268,25 @@ TEST_F(FBOTest, TextureTargetAndDoubleBuffers)
     texture->getData(back);
     EXPECT_EQ(back[0], 255);
 
-    // Ping-pong: each buffer draws the other's content plus a step.
-    FBODoubleBuffer ping(2, 2), pong(2, 2);
+    // A double buffer: each step draws the front plus one into the back, then publishes it.
+    FBODoubleBuffer buffer(2, 2);
     std::string step = "##VERTEX\nvoid main() { vec2 xy = vec2(gl_VertexID >> 1, gl_VertexID & 1);\n"
                        "gl_Position = vec4(2.0 * xy - 1.0, 0.0, 1.0); }\n"
                        "##FRAGMENT\nuniform sampler2D Image;\nout vec4 oColor;\n"
                        "void main() { oColor = texelFetch(Image, ivec2(gl_FragCoord.xy), 0) + vec4(1.0); }\n";
     Shader* add = ShaderManager::instance().FromText(step).get();
-    ASSERT_TRUE(ping.enable());
+    ASSERT_TRUE(buffer.enable());
     glClearColor(0, 0, 0, 0);
-    glClear(GL_COLOR_BUFFER_BIT);
-    FBODoubleBuffer* buffers[2] = {&ping, &pong};
-    for (int i = 0; i < 5; ++i) {
-        FBODoubleBuffer* from = buffers[i & 1];
-        FBODoubleBuffer* to = buffers[(i + 1) & 1];
-        ASSERT_TRUE(to->enableDraw());
-        GLSimpleFilter(add, from->texture(), to->texture());
+    for (Texture2D* t : {buffer.back(), buffer.front()}) {
+        BindDrawBuffer(t);
+        glClear(GL_COLOR_BUFFER_BIT);
     }
-    ASSERT_TRUE(pong.enableRead());
-    EXPECT_FLOAT_EQ(ReadColorFloat(GL_COLOR_ATTACHMENT0, 1, 1)[0], 5.0f);
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_TRUE(buffer.enableDraw());
+        GLSimpleFilter(add, buffer.front(), buffer.back());
+        buffer.copyBackToFront();
+    }
+    EXPECT_FLOAT_EQ(ReadColorFloat(GLenum(buffer.front()->attachment), 1, 1)[0], 5.0f);
 }
 
 } // namespace

@@ -3,6 +3,9 @@
 #include "ReferencePaths.h"
 
 #include "OpenGL/GLLayer.h"
+#include "OpenGL/GLView.h"
+#include "OpenGL/Rendering.h"
+#include "Scene/Scene.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
@@ -220,6 +223,32 @@ Vector3<float> IdColor(int id)
     h ^= h >> 13;
     auto channel = [&](int shift) { return float((h >> shift) & 255u) / 255.0f * 0.75f + 0.25f; };
     return {channel(0), channel(8), channel(16)};
+}
+
+void ViewFrameTest::SetUp()
+{
+    GLResourceTest::SetUp();
+    Rendering& r = Rendering::instance();
+    style = r.style;
+    r.style = Rendering::STYLE_COLOR;
+    Scene::instance().init(false);
+    view.reset(new GLView(W, H));
+}
+
+void ViewFrameTest::TearDown()
+{
+    Scene::instance().init(false);
+    view.reset();
+    Rendering::instance().style = style;
+    GLResourceTest::TearDown();
+}
+
+std::vector<float> ViewFrameTest::Frame()
+{
+    view->MainLoopPreRender(0.0, 0.016);
+    view->MainLoopRender(0.016);
+    view->MainLoopPostRender();
+    return Pixels(view->current());
 }
 
 } // namespace vel::test

@@ -7,16 +7,20 @@
 // a change of the picture that was looked at.
 #pragma once
 
+#include "GLResourceTest.h"
+
 #include "Math/Vector2.h"
 #include "Math/Vector3.h"
 #include "Math/Vector4.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace vel {
 class GLLayer;
+class GLView;
 class Texture2D;
 } // namespace vel
 
@@ -63,5 +67,19 @@ void ExpectMatchesReference(std::vector<float> const& pixels, int width, int hei
 
 // The colour CompositIDs gives an object id (its hash, mirrored).
 Vector3<float> IdColor(int id);
+
+// A small viewport (W x H) in the colour style (6) over an empty scene; the style comes back
+// after the test.
+class ViewFrameTest : public GLResourceTest {
+protected:
+    static constexpr int W = 64;
+    static constexpr int H = 48;
+    void SetUp() override;
+    void TearDown() override;
+    // One frame of the viewport; its picture.
+    std::vector<float> Frame();
+    std::unique_ptr<GLView> view;
+    int style = 0;
+};
 
 } // namespace vel::test

@@ -3,9 +3,11 @@
 // driver stricter than Mesa's does not surprise a user.
 #include "ShippedGlslPaths.h"
 
+#include "OpenGL/Rendering.h"
 #include "OpenGL/Resources.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderIncludeManager.h"
+#include "OpenGL/ShaderLayer.h"
 #include "OpenGL/ShaderManager.h"
 
 #include <gtest/gtest.h>
@@ -80,6 +82,21 @@ TEST_F(ShippedGlsl, IncludeFilesPassInBothStages)
     }
 }
 
+TEST_F(ShippedGlsl, ShaderLayerHeadersPassInEveryGroupBufferKindAndStyle)
+{
+    for (int group = 0; group < ShaderLayer::GROUPS; ++group)
+        for (bool own : {false, true})
+            for (int style : {4, Rendering::STYLE_PBR}) {
+                bool normal = group <= ShaderLayer::RunPostOpaque && !own;
+                ShaderLayer layer(normal ? "void main() { oNormal = fNormal(vec3(0, 0, 1), RENDER_LIT); }"
+                                         : "void main() { oColor = vec4(iTime) + iMouse[2]; }");
+                layer.setCustom(group, own);
+                std::string log;
+                std::string const text = layer.FragText(style, true).text();
+                EXPECT_TRUE(Validate(text, "frag", log)) << group << own << style << "\n" << log << text;
+            }
+}
+
 TEST_F(ShippedGlsl, EveryFileIsAResourceAndIsUsed)
 {
     QDir root(VEL_SHADER_SOURCE_DIR);
@@ -92,6 +109,11 @@ TEST_F(ShippedGlsl, EveryFileIsAResourceAndIsUsed)
     }
     for (std::string const& include : ShaderIncludeManager::IncludeFiles())
         used.push_back(include);
+    for (int group = 0; group < ShaderLayer::GROUPS; ++group)
+        for (bool own : {false, true}) {
+            used.push_back(ShaderLayer::IOHeader(group, own));
+            used.push_back(ShaderManager::ReadFile(ShaderLayer::IOHeader(group, own)));
+        }
     int files = 0;
     QDirIterator it(root.path(), {"*.glsl"}, QDir::Files, QDirIterator::Subdirectories);
     while (it.hasNext()) {

@@ -1,6 +1,8 @@
 // vel_generate_resources RESOURCES_FOLDER: writes the generated image-based-light resources
-// (split-sum table, default panorama, default matcap) under the given resources folder.
+// (split-sum table, default panorama, default matcap) and the shader layer sample scenes
+// under the given resources folder.
 #include "OpenGL/PbrResources.h"
+#include "ShaderLayerSamples.h"
 
 #include <QCoreApplication>
 
@@ -13,5 +15,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: %s RESOURCES_FOLDER\n", argv[0]);
         return 2;
     }
-    return vel::WritePbrResources(argv[1]) ? 0 : 1;
+    bool ok = vel::WritePbrResources(argv[1]);
+    ok = vel::WriteShaderLayerSamples(argv[1]) && ok;
+    return ok ? 0 : 1;
 }

@@ -1,6 +1,7 @@
 #include "OpenGL/Gui/UI.h"
 
 #include "Core/ReadTextFile.h"
+#include "OpenGL/Gui/ShaderEditor.h"
 #include "OpenGL/GLState.h"
 #include "OpenGL/Texture2D.h"
 
@@ -125,6 +126,7 @@ void UI::draw(Frame const& frame)
     if (showText)
         drawText();
     drawNavigation(frame.navigation);
+    ShaderEditor::instance().draw();
     drawProgress();
     drawStart();
     // The popups there are have seen the request by now.
@@ -180,6 +182,8 @@ void UI::drawInfo(Frame const& frame)
         ImGui::Text("%s", frame.gl.c_str());
         ImGui::Text("Dear ImGui %s", ImGui::GetVersion());
         ImGui::Text("%.1f frames per second", double(frame.fps));
+        // Until the shaders tab exists, the shader editor opens from here.
+        ImGui::Checkbox("Shader Layers##editor", &ShaderEditor::instance().visible);
     }
     ImGui::End();
 }
@@ -233,7 +237,8 @@ void UI::drawStart()
         return;
     }
     uiBase_start = 2;
-    // The sample scenes take their places here as they exist.
+    // The sample scenes take their places here as they exist (the shader layer samples are in
+    // the shader editor for now: ShaderEditor::drawSamples).
     ImGui::TextUnformatted("Recent Files");
     ImGui::Separator();
     if (recent.empty())

@@ -249,18 +249,20 @@ void ElementVBO::renderCustom(TRenderState const& state, Matrix34<double> const&
                               int elementId, int instance, Material const& material, int flags, float time)
 {
     VEL_ASSERT_MSG(Shader::Current, "the object shader is current");
+    // `instance` is the fourth id here, as in render: the draw is of one instance, the object.
     bool mirrored = objectUniforms(state, M, objectId, items, elementId, instance, material, flags, "i");
-    int instances = instance > 0 ? instance : 1;
     Shader::setUniform("iTime", time);
-    Shader::setUniform("iInstances", instances);
+    Shader::setUniform("iInstances", 1);
     Shader::setUniform("iProjViewMatrix", Shader::ProjectionModelViewMatrix);
     Shader::setUniform("iWorldToModelMatrix", inv(M));
-    if (instances == 1) {
-        Shader::setUniform("iMatrices", M);
-        Shader::setUniform("iNormalMatrices", inv(M.linear()).transposed());
-    }
+    // Model space (the generated code's LOCAL), model to world, world to view normals.
+    Shader::setUniform("iMatrices[0]", Matrix34<double>());
+    Shader::setUniform("iMatrices[1]", M);
+    Shader::setUniform("iNormalMatrices[0]", Matrix3<double>());
+    Shader::setUniform("iNormalMatrices[1]", inv(M.linear()).transposed());
+    Shader::setUniform("iNormalMatrices[2]", mirrored ? Shader::NormalMatrix * -1.0 : Shader::NormalMatrix);
     cull(state, mirrored);
-    glDrawArraysInstanced(GL_TRIANGLES, 0, points_count(), instances);
+    glDrawArraysInstanced(GL_TRIANGLES, 0, points_count(), 1);
 }
 
 } // namespace vel

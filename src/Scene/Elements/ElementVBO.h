@@ -52,8 +52,8 @@ public:
     // snake uniforms the tool has set (bones come with the kinds that use them).
     void renderSnake(TRenderState const& state, Matrix34<double> const& M, int objectId, int items, int elementId,
                      int instance, Material const& material, int flags, float time) override;
-    // With a user object shader: the same data under the "i" names, `instance` instances
-    // (at least one) whose transforms the caller has put into "iMatrices".
+    // With a user object shader: the same data under the "i" names, one instance; the
+    // transforms go as "iMatrices" (model, world) and "iNormalMatrices" (model, world, view).
     void renderCustom(TRenderState const& state, Matrix34<double> const& M, int objectId, int items,
                       int elementId, int instance, Material const& material, int flags, float time) override;
 
