@@ -97,13 +97,36 @@ Matrix3<double> RotationOf(Matrix34<double> const& M)
 // ---------------------------------------------------------------------------------------------
 // Construction, keys and state
 
+namespace {
+std::vector<ViewportInput*> inputs; // alive, for forgetting a tool that goes
+
+// A tool that is destroyed or removed leaves no pointer behind in the snapshots.
+void ForgetTool(Tool* t)
+{
+    for (ViewportInput* in : inputs) {
+        for (ABrush* b : {&in->press, &in->current})
+            if (b->tool == t || b->object == t)
+                *b = ABrush();
+        if (in->view.hovered == t)
+            in->view.hovered = nullptr;
+        if (in->linkFirst == t)
+            in->linkFirst = nullptr;
+    }
+}
+} // namespace
+
 ViewportInput::ViewportInput(GLView& v)
     : view(v)
 {
+    inputs.push_back(this);
+    gResetStickySelection = &ForgetTool;
 }
 
 ViewportInput::~ViewportInput()
 {
+    inputs.erase(std::find(inputs.begin(), inputs.end(), this));
+    if (inputs.empty())
+        gResetStickySelection = nullptr;
     // The view goes while its context is current (GLWidget's destructor).
     picker.release();
 }
@@ -668,6 +691,18 @@ void ViewportInput::selectionMaskIDS(int hover, int masks[4][4]) const
 
 void ViewportInput::contourSelection()
 {
+    // A full-screen pass costs the software rasteriser a good part of a frame: none when
+    // nothing is hovered or marked.
+    int const hover = gesture == NONE ? hoverId : 0;
+    if (hover == 0) {
+        Scene const& scene = Scene::instance();
+        bool marked = false;
+        for (ToolList const* list : {&scene.list, &scene.temporary})
+            for (RenderItem const& item : list->items)
+                marked = marked || (item.tool->flags & (Tool::FLAG_SELECTED | Tool::FLAG_HIGHLIGHTED));
+        if (!marked)
+            return;
+    }
     int masks[4][4];
     selectionMaskIDS(hoverId, masks);
     // Blended over the picture in place, as the object-type tint.
@@ -684,7 +719,7 @@ void ViewportInput::contourSelection()
     char const* const names[4] = {"OIEMask", "OIEIds", "CPFMask", "CPFIds"};
     for (int i = 0; i < 4; ++i)
         Shader::setUniform(names[i], masks[i][0], masks[i][1], masks[i][2], masks[i][3]);
-    Shader::setUniform("HoverId", gesture == NONE ? hoverId : 0);
+    Shader::setUniform("HoverId", hover);
     Shader::setUniform("Selection", TINT_SELECTION[0], TINT_SELECTION[1], TINT_SELECTION[2], TINT_SELECTION[3]);
     Shader::setUniform("Hover", TINT_HOVER[0], TINT_HOVER[1], TINT_HOVER[2], TINT_HOVER[3]);
     Shader::setUniform("Contour", TINT_CONTOUR[0], TINT_CONTOUR[1], TINT_CONTOUR[2], TINT_CONTOUR[3]);
