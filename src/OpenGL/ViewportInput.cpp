@@ -32,7 +32,9 @@ namespace {
 constexpr int SELECTED_BIT = int(0x80000000u);
 constexpr int ID_BITS = 0x7fffffff;
 constexpr float TINT_SELECTION[4] = {1.0f, 0.55f, 0.1f, 0.35f};
-constexpr float TINT_HOVER[4] = {1.0f, 1.0f, 1.0f, 0.12f};
+// The hovered tool shows by its contour alone: a tint of its inside would shift every shade
+// the pointer passes over.
+constexpr float TINT_HOVER[4] = {1.0f, 1.0f, 1.0f, 0.0f};
 constexpr float TINT_CONTOUR[4] = {1.0f, 0.7f, 0.2f, 1.0f};
 constexpr double SPEED_PER_PIXEL = 0.01; // exponent of the speed factor
 constexpr double DELAY_PER_PIXEL = 0.01; // seconds
@@ -723,9 +725,12 @@ void ViewportInput::contourSelection()
     Shader::setUniform("Selection", TINT_SELECTION[0], TINT_SELECTION[1], TINT_SELECTION[2], TINT_SELECTION[3]);
     Shader::setUniform("Hover", TINT_HOVER[0], TINT_HOVER[1], TINT_HOVER[2], TINT_HOVER[3]);
     Shader::setUniform("Contour", TINT_CONTOUR[0], TINT_CONTOUR[1], TINT_CONTOUR[2], TINT_CONTOUR[3]);
+    // The tint mixes colour only: the picture's alpha is its coverage, which the later
+    // passes and the merge with the hints read.
     glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
     GLFill();
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glDisable(GL_BLEND);
     m.disable();
 }
