@@ -1,7 +1,8 @@
 // The viewport's input on the tests' surfaceless context, at 1280x800 with one box:
 // - the pick read-back of one pixel after a frame: straight into memory, through the pixel
 //   buffers waiting for the result, and through them taking what is already there;
-// - a whole frame with the pointer over the view (hover pick and feedback) and off it;
+// - a whole frame with the pointer off the view, over the box (pick and hover tint) and over
+//   the background (pick alone);
 // - the latency from a pointer move during a Move drag and during an orbit to the frame
 //   that shows it: frames counted until the picture changes, and milliseconds.
 #include "Core/Assert.h"
@@ -135,16 +136,19 @@ void BM_FrameWithPick(benchmark::State& state)
     Stage stage(state);
     if (!stage.ok)
         return;
-    bool const over = state.range(0) != 0;
-    if (!over)
+    int const where = int(state.range(0));
+    if (where == 0)
         stage.view->leaveEvent();
+    if (where == 2)
+        Stage::Point(5, 5); // the background: a pick, nothing to tint
     for (auto _ : state) {
         stage.Frame();
         glFinish();
     }
-    state.SetLabel(over ? "pointer over the view" : "pointer off the view");
+    static char const* const labels[] = {"pointer off the view", "pointer over the box", "pointer over the background"};
+    state.SetLabel(labels[where]);
 }
-BENCHMARK(BM_FrameWithPick)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_FrameWithPick)->DenseRange(0, 2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // From a pointer move to the frame that shows it: the pointer goes back and forth by 20
 // pixels while held; frames are counted until the probed pixel changes.

@@ -25,27 +25,24 @@ int objectAt(ivec2 p)
     return texelFetch(ObjectItemsElement, p, 0).x;
 }
 
-bool selectedAt(ivec2 p)
+// The component ids are read only where the object ids pass: most pixels need one fetch.
+bool isSelected(ivec4 oie, ivec2 p)
 {
-    ivec4 oie = texelFetch(ObjectItemsElement, p, 0);
-    ivec4 cpf = texelFetch(ComponentPatchFaces, p, 0);
-    return oie.x != 0 && OIEMask != ivec4(0) && (oie & OIEMask) == OIEIds && (cpf & CPFMask) == CPFIds;
-}
-
-bool hoveredAt(ivec2 p)
-{
-    return HoverId != 0 && (objectAt(p) & ID_BITS) == HoverId;
+    if (oie.x == 0 || OIEMask == ivec4(0) || (oie & OIEMask) != OIEIds)
+        return false;
+    return CPFMask == ivec4(0) || (texelFetch(ComponentPatchFaces, p, 0) & CPFMask) == CPFIds;
 }
 
 void main()
 {
     ivec2 p = ivec2(gl_FragCoord.xy);
-    bool selected = selectedAt(p);
-    bool hovered = hoveredAt(p);
+    ivec4 oie = texelFetch(ObjectItemsElement, p, 0);
+    bool selected = isSelected(oie, p);
+    bool hovered = HoverId != 0 && (oie.x & ID_BITS) == HoverId;
     if (!selected && !hovered)
         discard;
     ivec2 size = textureSize(ObjectItemsElement, 0);
-    int id = objectAt(p) & ID_BITS;
+    int id = oie.x & ID_BITS;
     bool edge = false;
     ivec2 around[4] = ivec2[4](ivec2(1, 0), ivec2(-1, 0), ivec2(0, 1), ivec2(0, -1));
     for (int i = 0; i < 4; ++i) {

@@ -32,7 +32,9 @@ namespace {
 constexpr int SELECTED_BIT = int(0x80000000u);
 constexpr int ID_BITS = 0x7fffffff;
 constexpr float TINT_SELECTION[4] = {1.0f, 0.55f, 0.1f, 0.35f};
-constexpr float TINT_HOVER[4] = {1.0f, 1.0f, 1.0f, 0.12f};
+// The hovered tool shows by its contour alone: a tint of its inside would shift every shade
+// the pointer passes over.
+constexpr float TINT_HOVER[4] = {1.0f, 1.0f, 1.0f, 0.0f};
 constexpr float TINT_CONTOUR[4] = {1.0f, 0.7f, 0.2f, 1.0f};
 constexpr double SPEED_PER_PIXEL = 0.01; // exponent of the speed factor
 constexpr double DELAY_PER_PIXEL = 0.01; // seconds
@@ -97,13 +99,36 @@ Matrix3<double> RotationOf(Matrix34<double> const& M)
 // ---------------------------------------------------------------------------------------------
 // Construction, keys and state
 
+namespace {
+std::vector<ViewportInput*> inputs; // alive, for forgetting a tool that goes
+
+// A tool that is destroyed or removed leaves no pointer behind in the snapshots.
+void ForgetTool(Tool* t)
+{
+    for (ViewportInput* in : inputs) {
+        for (ABrush* b : {&in->press, &in->current})
+            if (b->tool == t || b->object == t)
+                *b = ABrush();
+        if (in->view.hovered == t)
+            in->view.hovered = nullptr;
+        if (in->linkFirst == t)
+            in->linkFirst = nullptr;
+    }
+}
+} // namespace
+
 ViewportInput::ViewportInput(GLView& v)
     : view(v)
 {
+    inputs.push_back(this);
+    gResetStickySelection = &ForgetTool;
 }
 
 ViewportInput::~ViewportInput()
 {
+    inputs.erase(std::find(inputs.begin(), inputs.end(), this));
+    if (inputs.empty())
+        gResetStickySelection = nullptr;
     // The view goes while its context is current (GLWidget's destructor).
     picker.release();
 }
@@ -668,6 +693,18 @@ void ViewportInput::selectionMaskIDS(int hover, int masks[4][4]) const
 
 void ViewportInput::contourSelection()
 {
+    // A full-screen pass costs the software rasteriser a good part of a frame: none when
+    // nothing is hovered or marked.
+    int const hover = gesture == NONE ? hoverId : 0;
+    if (hover == 0) {
+        Scene const& scene = Scene::instance();
+        bool marked = false;
+        for (ToolList const* list : {&scene.list, &scene.temporary})
+            for (RenderItem const& item : list->items)
+                marked = marked || (item.tool->flags & (Tool::FLAG_SELECTED | Tool::FLAG_HIGHLIGHTED));
+        if (!marked)
+            return;
+    }
     int masks[4][4];
     selectionMaskIDS(hoverId, masks);
     // Blended over the picture in place, as the object-type tint.
@@ -684,13 +721,16 @@ void ViewportInput::contourSelection()
     char const* const names[4] = {"OIEMask", "OIEIds", "CPFMask", "CPFIds"};
     for (int i = 0; i < 4; ++i)
         Shader::setUniform(names[i], masks[i][0], masks[i][1], masks[i][2], masks[i][3]);
-    Shader::setUniform("HoverId", gesture == NONE ? hoverId : 0);
+    Shader::setUniform("HoverId", hover);
     Shader::setUniform("Selection", TINT_SELECTION[0], TINT_SELECTION[1], TINT_SELECTION[2], TINT_SELECTION[3]);
     Shader::setUniform("Hover", TINT_HOVER[0], TINT_HOVER[1], TINT_HOVER[2], TINT_HOVER[3]);
     Shader::setUniform("Contour", TINT_CONTOUR[0], TINT_CONTOUR[1], TINT_CONTOUR[2], TINT_CONTOUR[3]);
+    // The tint mixes colour only: the picture's alpha is its coverage, which the later
+    // passes and the merge with the hints read.
     glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
     GLFill();
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glDisable(GL_BLEND);
     m.disable();
 }

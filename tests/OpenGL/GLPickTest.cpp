@@ -13,6 +13,7 @@
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/Root.h"
 #include "Scene/Scene.h"
+#include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
 
 #include <cstring>
@@ -128,6 +129,13 @@ TEST_F(GLPickTest, ThePointerFindsTheToolAndThePointOnItsSurface)
     mouse.x = 0.5f;
     mouse.y = 0.5f;
     EXPECT_FALSE(in.selection(ABrush::OBJECT, true).hit());
+    // A tool that leaves the scene leaves no pointer in the snapshots.
+    in.current = b;
+    view->hovered = box;
+    box->remove();
+    EXPECT_EQ(in.current.tool, nullptr);
+    EXPECT_EQ(view->hovered, nullptr);
+    History::instance().clear();
 }
 
 TEST_F(GLPickTest, ASelectedToolIsTintedByItsIdAlone)
