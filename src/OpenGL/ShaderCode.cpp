@@ -192,21 +192,40 @@ std::string IncludesText(std::vector<std::string> const& names)
 // Mapping the compiler's log
 // ------------------------------------------------------------------------------------------
 
+namespace {
+
+// Drivers name a place in a log as "name:LINE(COLUMN)" (Mesa) or "name(LINE)" (NVIDIA). The
+// line number, 0 where the log line names no place in `name`; `rest` gets what follows it.
+long LogPlace(std::string const& line, std::string const& name, std::string* rest = nullptr)
+{
+    if (line.size() <= name.size() || line.compare(0, name.size(), name) != 0)
+        return 0;
+    char const mark = line[name.size()];
+    if (mark != ':' && mark != '(')
+        return 0;
+    char* end = nullptr;
+    long const number = std::strtol(line.c_str() + name.size() + 1, &end, 10);
+    if (end == line.c_str() + name.size() + 1 || (mark == '(' && *end != ')'))
+        return 0;
+    if (rest)
+        *rest = end + (mark == '(' ? 1 : 0);
+    return number;
+}
+
+} // namespace
+
 std::vector<CodeError> MapCompileLog(std::string const& log, int stage, std::string const& shaderName,
                                      CodeListing const& listing)
 {
     std::vector<CodeError> result;
-    std::string const prefix = shaderName + ":";
     for (std::string const& line : SplitLines(log)) {
         if (line.empty())
             continue;
         CodeError error;
         error.stage = stage;
         error.message = line;
-        if (line.compare(0, prefix.size(), prefix) == 0) {
-            char* end = nullptr;
-            long number = std::strtol(line.c_str() + prefix.size(), &end, 10);
-            std::string rest = end;
+        std::string rest;
+        if (long const number = LogPlace(line, shaderName, &rest)) {
             long const count = long(listing.origins.size());
             // A place in generated code (or past the end) stands for the user's line before it.
             long index = std::min(number, count) - 1;
@@ -314,14 +333,13 @@ bool CompileMapped(CodeListing const& listing, Shared<Shader>& shader, std::vect
     bool const ok = shader->compile(logs);
     found.clear();
     syntax.clear();
-    std::string const prefix = std::string(LISTING_NAME) + ":";
     for (int stage : {0, 1, 2}) {
         std::vector<CodeError> mapped = MapCompileLog(logs[stage], stage, LISTING_NAME, listing);
         found.insert(found.end(), mapped.begin(), mapped.end());
         for (std::string const& line : SplitLines(logs[stage])) {
-            if (line.compare(0, prefix.size(), prefix) != 0 || line.find("syntax error") == std::string::npos)
+            long const number = LogPlace(line, LISTING_NAME);
+            if (number == 0 || line.find("syntax error") == std::string::npos)
                 continue;
-            long number = std::strtol(line.c_str() + prefix.size(), nullptr, 10);
             if (number >= 1 && number <= long(listing.lines.size()) && listing.origins[size_t(number - 1)].file >= 0)
                 syntax.push_back(size_t(number - 1));
         }

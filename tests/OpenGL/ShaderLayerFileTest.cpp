@@ -199,6 +199,31 @@ TEST_F(ShaderLayerFileTest, IncludesExpandOnceAndKeepTheUserLine)
     EXPECT_EQ(missing, std::vector<std::string>{"?Common 9"});
 }
 
+TEST_F(ShaderLayerFileTest, LogPlacesOfEitherDriverMapToTheUsersLine)
+{
+    CodeListing listing;
+    listing.generated("h1\nh2");
+    listing.user("u1\nu2\nu3");
+    struct Case {
+        char const* log;
+        int line;
+        char const* message;
+    };
+    Case const cases[] = {
+        {"@code:4(7): error: undefined", 2, "user:2(7): error: undefined"}, // Mesa
+        {"@code(5) : error C1503: undefined", 3, "user:3 : error C1503: undefined"}, // NVIDIA
+        {"@code(1) : error C0000: in the header", 1, "user:1 : error C0000: in the header"},
+        {"@code(x) : not a place", 0, "@code(x) : not a place"},
+        {"@codeword:3: not this shader", 0, "@codeword:3: not this shader"},
+    };
+    for (Case const& c : cases) {
+        std::vector<CodeError> errors = MapCompileLog(c.log, 1, "@code", listing);
+        ASSERT_EQ(errors.size(), 1u) << c.log;
+        EXPECT_EQ(errors[0].line, c.line) << c.log;
+        EXPECT_EQ(errors[0].message, c.message);
+    }
+}
+
 TEST_F(ShaderLayerFileTest, ShadertoyCodeIsWrappedAroundMainImage)
 {
     std::string adapted = ShaderLayer::AdaptFromShadertoy("void mainImage(out vec4 c, in vec2 p) { c = vec4(1); }");
