@@ -225,7 +225,14 @@ std::vector<CodeError> MapCompileLog(std::string const& log, int stage, std::str
         error.stage = stage;
         error.message = line;
         std::string rest;
-        if (long const number = LogPlace(line, shaderName, &rest)) {
+        long number = LogPlace(line, shaderName, &rest);
+        // NVIDIA puts a fault at the end of the text (a missing brace) at line 0, unnamed:
+        // past the end, it stands for the last user line.
+        if (number == 0 && (line.rfind("(0) ", 0) == 0 || line.rfind(shaderName + "(0) ", 0) == 0)) {
+            number = long(listing.origins.size()) + 1;
+            rest = line.substr(line.find(')') + 1);
+        }
+        if (number != 0) {
             long const count = long(listing.origins.size());
             // A place in generated code (or past the end) stands for the user's line before it.
             long index = std::min(number, count) - 1;

@@ -213,6 +213,7 @@ TEST_F(ShaderLayerFileTest, LogPlacesOfEitherDriverMapToTheUsersLine)
         {"@code:4(7): error: undefined", 2, "user:2(7): error: undefined"}, // Mesa
         {"@code(5) : error C1503: undefined", 3, "user:3 : error C1503: undefined"}, // NVIDIA
         {"@code(1) : error C0000: in the header", 1, "user:1 : error C0000: in the header"},
+        {"(0) : error C0000: syntax error, unexpected $end", 3, "user:3 : error C0000: syntax error, unexpected $end"},
         {"@code(x) : not a place", 0, "@code(x) : not a place"},
         {"@codeword:3: not this shader", 0, "@codeword:3: not this shader"},
     };
