@@ -173,7 +173,8 @@ bool Tool::DataRead(IFile& in, int payload)
 
 bool Tool::DataReadOld(IFile& in)
 {
-    return DataRead(in, PAYLOAD_TWO_BYTE_FIELD);
+    // Qualified: a kind whose DataRead falls back on DataReadOld would otherwise loop.
+    return Tool::DataRead(in, PAYLOAD_TWO_BYTE_FIELD);
 }
 
 // ---- identify ------------------------------------------------------------------------------
