@@ -22,7 +22,10 @@ struct SculptStep {
     std::vector<Vector3<float>> centers;
     std::vector<Vector3<float>> seconds; // displacement, direction or axis, by action
     std::vector<Vector3<float>> thirds;  // normal, by action
-    std::vector<Matrix3<float>> frames;  // DeformVolume's (u, v, dir) rows; rotations
+    std::vector<Matrix3<float>> frames;  // DeformVolume's (u, v, dir) rows; Rotate's rotations
+    std::vector<float> factors;          // per sculptor: scale factors, swirl angles
+    Vector3<float> axis;                 // Skew, Bend, Taper, Swirl: the pair gAxes chooses
+    Vector3<float> modif;
 
     float strength = 0.0f; // from the brush, halved at phase 0 except for paint
     float falloff = 0.0f;
@@ -34,6 +37,12 @@ struct SculptStep {
     float cosA = 1.0f;      // Twist
     float sinA = 0.0f;
 };
+
+// The axis pair of Skew, Bend, Taper and Swirl (0..5; above 5 gives zero vectors), and the
+// weight of each axis; a key press advances both.
+extern int gAxes;
+extern Vector3<float> gSculptAxes;
+void AdvanceSculptAxes();
 
 // The step of sample `index` (C = min(index, last), P = max(index - 1, 0), F = 0) at `phase`
 // (0 begin, 1 progress, 2 end), with the brush of Sculptor::gSculptAction.
