@@ -77,10 +77,7 @@ struct Stage {
     }
     static void Point(float x, float y, bool left = false)
     {
-        mouse.px = mouse.x;
-        mouse.py = mouse.y;
-        mouse.x = x;
-        mouse.y = y;
+        mouse.moveTo(x, y);
         mouse.pleft = mouse.left;
         mouse.left = left;
     }

@@ -3,6 +3,8 @@
 // for the component ids; a zero OIEMask marks nothing. The hovered object (HoverId, the id
 // word without its selection bit; 0 for none) is marked too. Marked pixels with a
 // neighbour of another object are the contour; inner ones take their tint.
+// With CeilingPass the same pixels are only marked with Ceiling, drawn with a MIN blend
+// before the tint: an over-exposed surface would otherwise stay white under it.
 ##VERTEX
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
@@ -16,6 +18,8 @@ uniform int HoverId;
 uniform vec4 Selection; // tint of selected pixels
 uniform vec4 Hover;     // tint of hovered pixels
 uniform vec4 Contour;
+uniform bool CeilingPass;
+uniform vec4 Ceiling;
 out vec4 oColor;
 
 const int ID_BITS = 0x7fffffff; // the id word without the selection bit
@@ -48,6 +52,12 @@ void main()
     for (int i = 0; i < 4; ++i) {
         ivec2 q = clamp(p + around[i], ivec2(0), size - 1);
         edge = edge || (objectAt(q) & ID_BITS) != id;
+    }
+    if (CeilingPass) {
+        if (edge || !selected)
+            discard;
+        oColor = Ceiling;
+        return;
     }
     oColor = edge ? Contour : (selected ? Selection : Hover);
 }

@@ -412,13 +412,14 @@ void GLWidget::read_mouse()
     QPoint p = mapFromGlobal(QCursor::pos());
     float f = ScaleFactor * (view ? view->scale : 1.0f);
     QWriteLocker locker(&lock);
+    if (pressPending) {
+        // The press frame stands where the button went down; the motion since then comes
+        // with the next frame as an ordinary drag.
+        p = pressPosition;
+        pressPending = false;
+    }
     Mouse& m = mouseRead;
-    m.px = m.x;
-    m.py = m.y;
-    m.x = p.x() * f;
-    m.y = p.y() * f;
-    m.dx = m.x - m.px;
-    m.dy = m.y - m.py;
+    m.moveTo(p.x() * f, p.y() * f);
     m.pressure = pressure;
     m.pleft = m.left;
     m.pmiddle = m.middle;
@@ -472,6 +473,7 @@ void GLWidget::imguiFrame()
     UI::Frame frame;
     frame.fps = Rendering::instance().fps;
     frame.navigation = navigationTexture.get();
+    frame.status = view->input->statusLines();
     frame.log = &logText;
     frame.gl = glDescription;
     ui.draw(frame);
@@ -501,6 +503,11 @@ void GLWidget::chooseCursor()
 void GLWidget::mousePressEvent(QMouseEvent* event)
 {
     QWriteLocker locker(&lock);
+    bool const first = !buttons[0] && !buttons[1] && !buttons[2] && !clicked[0] && !clicked[1] && !clicked[2];
+    if (first) {
+        pressPosition = event->pos();
+        pressPending = true;
+    }
     Qt::MouseButtons b = event->buttons();
     buttons = {bool(b & Qt::LeftButton), bool(b & Qt::RightButton), bool(b & Qt::MiddleButton)};
     for (int i = 0; i < 3; ++i)
@@ -554,19 +561,27 @@ void GLWidget::tabletEvent(QTabletEvent* event)
     event->ignore(); // the mouse events Qt synthesises carry the buttons
 }
 
+// Focus may come with the click that activates the window, after its press: taking the
+// buttons from Qt rather than clearing them keeps that press held, and still drops a button
+// whose release went to another window.
+void GLWidget::syncButtons()
+{
+    QWriteLocker locker(&lock);
+    Qt::MouseButtons b = QGuiApplication::mouseButtons();
+    buttons = {bool(b & Qt::LeftButton), bool(b & Qt::RightButton), bool(b & Qt::MiddleButton)};
+}
+
 void GLWidget::focusInEvent(QFocusEvent* event)
 {
     view->enterEvent();
-    QWriteLocker locker(&lock);
-    buttons.assign(3, false);
+    syncButtons();
     event->accept();
 }
 
 void GLWidget::focusOutEvent(QFocusEvent* event)
 {
     view->leaveEvent();
-    QWriteLocker locker(&lock);
-    buttons.assign(3, false);
+    syncButtons();
     event->accept();
 }
 
@@ -789,7 +804,7 @@ void GLWidget::writeReport(char const* event)
             << "file=" << window()->windowFilePath().toStdString() << "\n"
             << "blocked=" << gAllActionsBlocked << "\n";
         // The viewport's state: action, history, selection, hover, the camera's eye, the
-        // world size of a pixel at the last press, and where the first objects stand.
+        // point it orbits, the world size of a pixel at the last press, and where the first objects stand.
         ViewportInput const& in = *view->input;
         History const& history = History::instance();
         int selected = 0;
@@ -802,7 +817,13 @@ void GLWidget::writeReport(char const* event)
             << "selected=" << selected << "\n"
             << "hover=" << in.hoverId << "\n"
             << "eye=" << eye.x << "," << eye.y << "," << eye.z << "\n"
-            << "unit=" << in.pressUnit << "\n";
+            << "target=" << view->camera.position.x << "," << view->camera.position.y << ","
+            << view->camera.position.z << "\n"
+            << "unit=" << in.pressUnit << "\n"
+            << "status=";
+        for (std::string const& line : in.statusLines())
+            out << line << "|";
+        out << "\n";
         auto const& children = Scene::instance().root->children;
         for (size_t i = 0; i < children.size() && i < 4; ++i) {
             Matrix34<double> W;

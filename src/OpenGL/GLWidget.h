@@ -105,6 +105,12 @@ protected:
 
 private:
     std::vector<bool> clicked = std::vector<bool>(3, false); // went down since the last frame
+    // Where the first button of a press went down: a frame that arrives after the pointer
+    // has moved on still begins the gesture there, so a slow frame loses no drag.
+    QPoint pressPosition;
+    bool pressPending = false;
+    // The buttons as Qt knows them, for when focus changes under a held button.
+    void syncButtons();
     std::vector<std::pair<int, bool>> uiKeys; // key events for the interface, in order
     Qt::KeyboardModifiers keyModifiers;       // of the last key event
     Shared<Texture2D> navigationTexture;

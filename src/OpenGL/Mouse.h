@@ -20,6 +20,16 @@ struct Mouse {
     bool anyPressed() const { return (left && !pleft) || (middle && !pmiddle) || (right && !pright); }
     bool anyReleased() const { return (!left && pleft) || (!middle && pmiddle) || (!right && pright); }
     bool anyHeld() const { return (left && pleft) || (middle && pmiddle) || (right && pright); }
+    // The next frame's position: the present one becomes the previous.
+    void moveTo(float nx, float ny)
+    {
+        px = x;
+        py = y;
+        x = nx;
+        y = ny;
+        dx = x - px;
+        dy = y - py;
+    }
     // Button edges of this frame gone: both slots take the current state.
     void clearEdges()
     {

@@ -1,5 +1,7 @@
 #include "OpenGL/ViewportActions.h"
 
+#include <iterator>
+
 namespace vel {
 
 // ActionMode and iActionMode live with the frame loop (GLWidget.cpp), which blocks them.
@@ -37,6 +39,64 @@ bool IsCreatingAction(int a)
 bool IsTransformAction(int a)
 {
     return (a >= ACTION_POSE && a <= 30) || a == ACTION_ROTATION_MULTIPLIER || a == ACTION_SCALE_ALT;
+}
+
+namespace {
+
+struct ActionName {
+    int code;
+    char const* name;
+};
+
+char const* FindName(ActionName const* names, std::size_t count, int action)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        if (names[i].code == action)
+            return names[i].name;
+    return "";
+}
+
+ActionName const ASSEMBLE_NAMES[] = {
+    {0, "Insert"}, {2, "PlaceCenter"}, {3, "PlaceEnds"}, {4, "InsertPaint"}, {5, "Multiply"},
+    {7, "DrawPickAxis"}, {8, "DrawPickAxisFromHierarchy"}, {9, "DrawPickSection"}, {10, "DrawPickItem"},
+    {11, "ToolPick"}, {14, "DistributeOnSurface"}, {15, "CaptureMesh"}, {16, "CaptureAlpha"}, {17, "IKPose"},
+    {19, "Pose"}, {20, "Move"}, {21, "Rotate"}, {22, "Scale"}, {23, "Mirror"}, {24, "RotateScale"},
+    {25, "CopyPose"}, {26, "CopyMove"}, {27, "CopyRotate"}, {28, "CopyScale"}, {29, "CopyMirror"},
+    {30, "CopyRotateScale"}, {32, "RotationMultiplier"}, {33, "Scale"}, {37, "Material"}, {38, "PickMaterial"},
+    {39, "MatchMaterial"}, {43, "Link"}, {44, "Unlink"}, {45, "ConstrainRotation"},
+    {46, "CounterConstrainRotation"}, {47, "ConstrainTranslation"}, {48, "CounterConstrainTranslation"},
+    {49, "RemoveRotationConstraint"}, {50, "RemoveTranslationConstraint"}, {51, "Align"}, {52, "Align"},
+    {54, "MatchPivot"}, {55, "MatchObjectPivot"}, {58, "Sharpen"}, {59, "Speed"}, {60, "Delay"},
+    {61, "SetParent"}, {62, "FlipNormals"}, {63, "FlipNormals"}, {65, "VoxUnion"}, {66, "VoxIntersection"},
+    {67, "VoxSubtraction"}, {68, "InsertVoxAdd"}, {69, "InsertVoxSub"}, {70, "PlaceEndsVoxAdd"},
+    {71, "PlaceEndsVoxSub"}, {72, "PlaceCenterVoxAdd"}, {73, "PlaceCenterVoxSub"}, {74, "CSGUnion"},
+    {75, "CSGIntersection"}, {76, "CSGSubtraction"}, {77, "CSGContour"}, {78, "CSGCut"}, {79, "CSGClip"},
+    {80, "CSGSplit"}, {81, "InsertCSGAdd"}, {82, "InsertCSGSub"}, {83, "InsertCSGContour"},
+    {84, "InsertCSGSplit"}, {85, "PlaceEndsCSGAdd"}, {86, "PlaceEndsCSGSub"}, {87, "PlaceEndsCSGContour"},
+    {88, "PlaceEndsCSGSplit"}, {89, "PlaceCenterCSGAdd"}, {90, "PlaceCenterCSGSub"},
+    {91, "PlaceCenterCSGContour"}, {92, "PlaceCenterCSGSplit"},
+};
+
+ActionName const SCULPT_NAMES[] = {
+    {1, "SculptMove"}, {3, "SculptRotate"}, {5, "SculptScale"}, {9, "ScaleDirection"}, {10, "Stretch"},
+    {12, "Skew"}, {13, "Bend"}, {14, "Taper"}, {16, "Swirl"}, {17, "Chisel"}, {18, "Carve"}, {19, "Crease"},
+    {20, "Ridge"}, {21, "AddStampCenter"}, {22, "SubStampCenter"}, {23, "AddStampEnds"}, {24, "SubStampEnds"},
+    {25, "Add"}, {26, "Sub"}, {27, "Clay"}, {28, "Scrape"}, {29, "Deform"}, {30, "DeformVolume"}, {32, "Smooth"},
+    {36, "Grow"}, {37, "Pinch"}, {38, "Twist"}, {39, "Flatten"}, {41, "Paint"}, {42, "Gradient"}, {43, "Fill"},
+    {44, "PaintErase"}, {45, "GradientErase"}, {46, "FillErase"}, {47, "PaintEraseAll"},
+    {48, "GradientEraseAll"}, {49, "FillEraseAll"},
+};
+
+} // namespace
+
+char const* AssembleActionName(int action)
+{
+    return FindName(ASSEMBLE_NAMES, std::size(ASSEMBLE_NAMES), action);
+}
+
+char const* SculptActionName(int action)
+{
+    return FindName(SCULPT_NAMES, std::size(SCULPT_NAMES), action);
 }
 
 void gSetAssembleAction(int action, bool remember)

@@ -88,6 +88,10 @@ bool IsCreatingAction(int action);
 // Whether `action` moves the targets' placement during a drag.
 bool IsTransformAction(int action);
 
+// The names the status panel shows for an action code; "" where a code has none.
+char const* AssembleActionName(int action);
+char const* SculptActionName(int action);
+
 // Chooses an assemble action; with `remember` the old one is kept for ToolPick's return.
 void gSetAssembleAction(int action, bool remember);
 void gSetSculptAction(int action);

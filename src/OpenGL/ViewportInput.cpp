@@ -32,6 +32,8 @@ namespace {
 constexpr int SELECTED_BIT = int(0x80000000u);
 constexpr int ID_BITS = 0x7fffffff;
 constexpr float TINT_SELECTION[4] = {1.0f, 0.55f, 0.1f, 0.35f};
+// The brightest a selected pixel stays before its tint: orange-white.
+constexpr float TINT_CEILING[3] = {1.0f, 0.8f, 0.55f};
 // The hovered tool shows by its contour alone: a tint of its inside would shift every shade
 // the pointer passes over.
 constexpr float TINT_HOVER[4] = {1.0f, 1.0f, 1.0f, 0.0f};
@@ -149,6 +151,14 @@ char const* ViewportInput::RelativeName(int r)
 {
     static char const* const names[] = {"To Scene", "To Parent", "Rel. To Child", "Match Hierarchy"};
     return r >= 0 && r < 4 ? names[r] : "";
+}
+
+std::vector<std::string> ViewportInput::statusLines() const
+{
+    std::string const action =
+        iActionMode == MODE_SCULPT ? SculptActionName(iSculptAction) : AssembleActionName(iAssembleAction);
+    return {action, std::string("Frame: ") + FrameTypeName(frameType),
+            std::string("Proj: ") + ProjectionName(projectionMode), RelativeName(relative)};
 }
 
 bool ViewportInput::linked() const
@@ -368,10 +378,11 @@ void ViewportInput::dispatch()
     if (!view.inside() && gesture == NONE)
         return;
     mouseDown();
+    // The pointer may have moved on before the release of the same frame: the gesture
+    // follows it there first, so the last stretch of a drag is never lost.
+    mouseMove();
     if (gesture != NONE && !mouse.left && !mouse.right && !mouse.middle)
         mouseUp(true);
-    else
-        mouseMove();
     if (gesture == TRANSFORM) {
         // The list of the frame was made before the move: the moved tools go again.
         Scene& scene = Scene::instance();
@@ -726,9 +737,17 @@ void ViewportInput::contourSelection()
     Shader::setUniform("Hover", TINT_HOVER[0], TINT_HOVER[1], TINT_HOVER[2], TINT_HOVER[3]);
     Shader::setUniform("Contour", TINT_CONTOUR[0], TINT_CONTOUR[1], TINT_CONTOUR[2], TINT_CONTOUR[3]);
     // The tint mixes colour only: the picture's alpha is its coverage, which the later
-    // passes and the merge with the hints read.
+    // passes and the merge with the hints read. The picture is not yet clamped, so the
+    // selected pixels are first held under a ceiling that the tint can still colour.
     glEnable(GL_BLEND);
+    glBlendFuncSeparate(GL_ONE, GL_ONE, GL_ZERO, GL_ONE);
+    glBlendEquationSeparate(GL_MIN, GL_FUNC_ADD);
+    Shader::setUniform("CeilingPass", 1);
+    Shader::setUniform("Ceiling", TINT_CEILING[0], TINT_CEILING[1], TINT_CEILING[2], 1.0f);
+    GLFill();
+    glBlendEquation(GL_FUNC_ADD);
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
+    Shader::setUniform("CeilingPass", 0);
     GLFill();
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glDisable(GL_BLEND);

@@ -24,6 +24,7 @@
 #include "OpenGL/ViewProjection.h"
 #include "Scene/Material.h"
 
+#include <string>
 #include <vector>
 
 namespace vel {
@@ -103,6 +104,9 @@ public:
     static char const* FrameTypeName(int frameType);
     static char const* ProjectionName(int mode);
     static char const* RelativeName(int relative);
+    // What the status panel shows: the effective action, then "Frame: ", "Proj: " and the
+    // transforms' relation, each with its name.
+    std::vector<std::string> statusLines() const;
     void UNDO();
     void REDO();
 

@@ -7,6 +7,7 @@ The application writes a few lines of state to $VELLUMBRA_REPORT (see GLWidget's
 report); pixels come from screenshots of the root window. Everything is polled with generous
 time limits: the machine may be slow and loaded.
 """
+import math
 import os
 import re
 import shutil
@@ -417,6 +418,16 @@ def vector(state, key):
     return tuple(float(v) for v in state[key].split(","))
 
 
+def sub(a, b):
+    return tuple(x - y for x, y in zip(a, b))
+
+
+def angle(a, b):
+    dot = sum(x * y for x, y in zip(a, b))
+    norms = (sum(x * x for x in a) * sum(y * y for y in b)) ** 0.5
+    return math.acos(max(-1.0, min(1.0, dot / norms)))
+
+
 def drag(app, start, end, steps=6, button="1"):
     """A press, a few moves a frame or more apart, a release."""
     app.xdo("mousemove", str(start[0]), str(start[1]))
@@ -478,12 +489,25 @@ def undo_redo(app, before, after, keys):
 
 
 def scenario_viewport(app):
-    """One box: a click selects it (the tint); a Move drag moves it by the pointer's travel at
-    its depth; undo and redo."""
+    """One box: an orbit drag changes the picture and not the model; a click selects it (the
+    tint); a Move drag moves it by the pointer's travel at its depth; undo and redo."""
     start = open_view(app)
     check(start.get("action") == "20", "Move is not the first action: %r" % start)
+    # The first press of the session also gives the view focus: the drag must survive that.
+    before_orbit = app.shot("before-orbit")
+    drag(app, (200, 200), (320, 260))
+    orbited = settled(app, "the orbit", lambda s: s.get("eye") != start["eye"] and s.get("selected") == "0")
+    check(orbited["pos0"] == start["pos0"] and orbited["history"] == start["history"],
+          "the orbit changed the model: %r" % orbited)
+    # The whole drag turns the view (about 1.5 rad for 120 by 60 pixels), not its first frame.
+    turned = angle(sub(vector(start, "eye"), vector(start, "target")), sub(vector(orbited, "eye"), vector(orbited, "target")))
+    check(turned > 1.0, "the orbit turned %g rad only" % turned)
+    after_orbit = app.shot("after-orbit")
+    check(sum(1 for x in range(560, 720, 20) for y in range(320, 480, 20)
+              if pixel(before_orbit, x, y) != pixel(after_orbit, x, y)) > 10, "the orbit left the picture alone")
+
     # A click on the box selects it: its pixels take the orange tint.
-    box = tuple(int(float(v)) for v in start["screen0"].split(","))
+    box = tuple(int(float(v)) for v in orbited["screen0"].split(","))
     app.xdo("mousemove", "100", "150")
     time.sleep(0.5)
     plain = app.shot("plain")
@@ -500,6 +524,14 @@ def scenario_viewport(app):
     after = settled(app, "the move", lambda s: s.get("pos0") != before["pos0"] and s.get("history") != before["history"])
     moved_by(app, before, after, ["pos0"], 60)
     undo_redo(app, before, after, ["pos0"])
+
+    # The status panel names the action, the transform frame and the projection.
+    check(start.get("status") == "Move|Frame: Object|Proj: On Object|To Parent|", "status %r" % start.get("status"))
+    app.key("ctrl+f")
+    app.key("t")
+    settled(app, "the status", lambda s: s.get("status") == "Move|Frame: World|Proj: Tan. Plane|To Parent|")
+    panel = colors(app.shot("status"), 10, 700, 120, 90)
+    check(panel > 3, "the status panel is not drawn: %d colours" % panel)
     app.process.kill()
     app.process.wait()
 

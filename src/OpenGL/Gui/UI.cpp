@@ -126,6 +126,7 @@ void UI::draw(Frame const& frame)
     if (showText)
         drawText();
     drawNavigation(frame.navigation);
+    drawStatus(frame.status);
     ShaderEditor::instance().draw();
     drawProgress();
     drawStart();
@@ -261,6 +262,22 @@ void UI::drawStart()
     ImGui::EndPopup();
     if (!open)
         startRequest = 1;
+}
+
+void UI::drawStatus(std::vector<std::string> const& lines)
+{
+    if (lines.empty())
+        return;
+    ImGuiIO& io = ImGui::GetIO();
+    ImGui::SetNextWindowPos(ImVec2(10, io.DisplaySize.y - 10), ImGuiCond_Always, ImVec2(0, 1));
+    ImGui::SetNextWindowBgAlpha(0.5f);
+    ImGuiWindowFlags const flags = ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_AlwaysAutoResize |
+                                   ImGuiWindowFlags_NoInputs | ImGuiWindowFlags_NoFocusOnAppearing |
+                                   ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoNav;
+    if (ImGui::Begin("Status##status", nullptr, flags))
+        for (std::string const& line : lines)
+            ImGui::TextUnformatted(line.c_str());
+    ImGui::End();
 }
 
 void UI::drawNavigation(Texture2D const* navigation)

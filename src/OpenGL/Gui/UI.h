@@ -39,6 +39,7 @@ public:
         Texture2D const* navigation = nullptr;
         QString const* log = nullptr;
         std::string gl; // version and renderer, for the info window
+        std::vector<std::string> status; // the viewport's lines for the status panel
     };
 
     // What the last end_frame drew, in framebuffer pixels from the top left: x0, y0, x1, y1.
@@ -85,6 +86,7 @@ private:
     void drawInfo(Frame const& frame);
     void drawText();
     void drawStart();
+    void drawStatus(std::vector<std::string> const& lines);
     void drawNavigation(Texture2D const* navigation);
 };
 
