@@ -47,8 +47,13 @@ bool TransformGesture::begin(std::vector<Tool*> const& tools, Vector3<double> co
 void TransformGesture::apply(Matrix34<double> const& X)
 {
     applied = X;
+    bool const move = X.linear() == Matrix3<double>::Identity();
     for (size_t i = 0; i < targets.size(); ++i) {
-        targets[i]->objectMatrix = starts[i] * frames[i] * X * inv(frames[i]);
+        Matrix34<double> D = frames[i] * X * inv(frames[i]);
+        // A move keeps to the tool's translation axis, as its constrained moves do.
+        if (move)
+            D = Matrix34<double>::Translation(targets[i]->constrainTranslation(D.translation()));
+        targets[i]->objectMatrix = starts[i] * D;
         targets[i]->setChanged(true);
     }
 }

@@ -35,7 +35,8 @@ public:
     // False, and nothing begins, when no target is left.
     bool begin(std::vector<Tool*> const& tools, Vector3<double> const& center);
     bool active() const { return !targets.empty(); }
-    // Sets every target to its press placement followed by X in the world.
+    // Sets every target to its press placement followed by X in the world; a pure
+    // translation keeps to each target's translation axis.
     void apply(Matrix34<double> const& X);
     // Whether a target's placement differs from the press.
     bool moved() const;

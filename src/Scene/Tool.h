@@ -230,6 +230,8 @@ public:
     virtual bool hasBorders();
     virtual bool hasHelpers();
     virtual void clearHelpers();
+    // `t` along the translation axis; unchanged when the tool has none.
+    Vector3<double> constrainTranslation(Vector3<double> const& t) const;
     virtual void constrainedMoveElement(Matrix34<double> const& M, bool links, bool sameParent);
     virtual void constrainedMoveObject(Matrix34<double> const& M, bool links, bool sameParent);
     virtual void constrainedRotateElement(Matrix34<double> const& M, bool links, bool sameParent);
@@ -330,7 +332,6 @@ private:
     void setFlags(unsigned short bits, bool on, bool links, bool sameParent);
     bool hasAncestor(Tool const* T) const;
     Tool* finishClone(Tool* copy);
-    Vector3<double> constrainTranslation(Vector3<double> const& t) const;
     void constrainedMove(Matrix34<double> const& M, bool links, bool sameParent, bool ofElement);
     void constrainedRotate(Matrix34<double> const& M, bool links, bool sameParent, int target);
 };

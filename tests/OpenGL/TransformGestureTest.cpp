@@ -76,6 +76,16 @@ TEST_F(TransformGestureTest, EachWorldTransformUndoesAndRedoesExactly)
     }
 }
 
+TEST_F(TransformGestureTest, AMoveKeepsToTheTranslationAxis)
+{
+    twin->translationAxis = {0, 0, 1}; // its parent is the root: world z
+    TransformGesture g;
+    ASSERT_TRUE(g.begin({twin}, V3()));
+    V3 const before = worldPoint(twin, {0, 0, 0});
+    g.apply(TransformGesture::Move({3, 4, 5}));
+    EXPECT_TRUE(near(worldPoint(twin, {0, 0, 0}), before + V3(0, 0, 5), 1e-12));
+}
+
 TEST_F(TransformGestureTest, ACancelOrADragBackToThePressRecordsNothing)
 {
     auto const before = snapshot(root);
