@@ -89,6 +89,21 @@ bool SetParent(std::vector<Tool*> const& targets, Tool* parent)
     return true;
 }
 
+bool Delete(Tool* target, bool hierarchy)
+{
+    if (!target || !target->Parent)
+        return false;
+    History& history = History::instance();
+    history.superBegin("Object Delete", false);
+    if (!hierarchy) {
+        std::vector<Tool*> const children = target->children;
+        SetParent(children, target->Parent);
+    }
+    target->remove();
+    history.superEnd();
+    return true;
+}
+
 bool Link(Tool* a, Tool* b)
 {
     if (!a || !b || a == b || a->linked(b))

@@ -26,6 +26,9 @@ bool FlipNormals(std::vector<Tool*> const& targets);
 // The targets go under `parent`, keeping their place in the world. Refused (false, nothing
 // changed) for a target that is `parent` or one of its ancestors.
 bool SetParent(std::vector<Tool*> const& targets, Tool* parent);
+// Deletes `target` as one step: with `hierarchy` its children go too, otherwise they move
+// up to its parent and keep their place in the world. False for no target or the root.
+bool Delete(Tool* target, bool hierarchy);
 // Joins the rings of `a` and `b`; false when they are one ring already.
 bool Link(Tool* a, Tool* b);
 // Each target leaves its ring.

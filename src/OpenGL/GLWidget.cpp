@@ -11,6 +11,7 @@
 
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
+#include "OpenGL/AssembleActions.h"
 #include "OpenGL/Environment.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLState.h"
@@ -622,7 +623,9 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
     if (key == Qt::Key_QuoteLeft || (ctrl && event->nativeVirtualKey() == Qt::Key_QuoteLeft)) {
         if (ctrl)
             uiVisible = !uiVisible;
-        else if (view->idle() && uiVisible && started && !shift)
+        else if (shift && started)
+            Rendering::instance().HalfsizeViewport = !Rendering::instance().HalfsizeViewport;
+        else if (view->idle() && uiVisible && started)
             uiBase_start = 0;
         return;
     }
@@ -677,12 +680,34 @@ void GLWidget::keyPressEvent(QKeyEvent* event)
         if (!ctrl && !shift && view->idle())
             Rendering::instance().showBoundingBoxes = !Rendering::instance().showBoundingBoxes;
         break;
+    case Qt::Key_R:
+        if (!ctrl)
+            CycleRenderStyle(shift);
+        break;
+    case Qt::Key_W:
+        if (shift && !ctrl)
+            Rendering::instance().wireframe = !Rendering::instance().wireframe;
+        break;
+    case Qt::Key_Delete:
+        if (view->idle())
+            AssembleActions::Delete(view->hovered, ctrl);
+        break;
     case Qt::Key_F11:
         toggleFullScreen();
         break;
     default:
         break;
     }
+}
+
+// R toggles MatCap and PBR; Shift+R goes through every composite style.
+void GLWidget::CycleRenderStyle(bool all)
+{
+    Rendering& r = Rendering::instance();
+    if (all)
+        r.style = (r.style + 1) % (Rendering::STYLE_PBR + 1);
+    else
+        r.style = r.style == Rendering::STYLE_PBR ? Rendering::STYLE_MATCAP : Rendering::STYLE_PBR;
 }
 
 void GLWidget::toggleFullScreen()

@@ -111,6 +111,7 @@ private:
     bool pressPending = false;
     // The buttons as Qt knows them, for when focus changes under a held button.
     void syncButtons();
+    static void CycleRenderStyle(bool all);
     std::vector<std::pair<int, bool>> uiKeys; // key events for the interface, in order
     Qt::KeyboardModifiers keyModifiers;       // of the last key event
     Shared<Texture2D> navigationTexture;

@@ -22,6 +22,7 @@ class Texture;
 class Rendering : public Singleton<Rendering> {
 public:
     // Composite styles: 0 flat, 1 depth, 2 ids, 3 normals, 4 shaded, 5 matcap, 6 color, 7 pbr.
+    static constexpr int STYLE_MATCAP = 5;
     static constexpr int STYLE_COLOR = 6;
     static constexpr int STYLE_PBR = 7;
 

@@ -532,6 +532,14 @@ def scenario_viewport(app):
     settled(app, "the status", lambda s: s.get("status") == "Move|Frame: World|Proj: Tan. Plane|To Parent|")
     panel = colors(app.shot("status"), 10, 700, 120, 90)
     check(panel > 3, "the status panel is not drawn: %d colours" % panel)
+
+    # Del deletes the hovered box as one step.
+    app.xdo("mousemove", str(box[0]), str(box[1]))
+    settled(app, "the hover", lambda s: s.get("hover") != "0")
+    app.xdo("key", "Delete")
+    settled(app, "the delete", lambda s: s.get("objects") == "0")
+    app.xdo("key", "ctrl+z")
+    settled(app, "the undone delete", lambda s: s.get("objects") == "1")
     app.process.kill()
     app.process.wait()
 

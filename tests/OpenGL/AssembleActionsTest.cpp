@@ -64,6 +64,34 @@ TEST_F(AssembleActionsTest, EveryActionIsOneStepThatUndoesAndRedoesExactly)
     }
 }
 
+// Del keeps the children where they stand, one level up; Ctrl+Del takes them along.
+TEST_F(AssembleActionsTest, DeleteIsOneStepWithOrWithoutTheChildren)
+{
+    Tool* child = addObject(other, moveBy(0, 1, 0));
+    history().clear();
+    for (bool hierarchy : {false, true}) {
+        auto const before = snapshot(root);
+        V3 const at = worldPoint(child, {1, 1, 1});
+        ASSERT_TRUE(AssembleActions::Delete(other, hierarchy));
+        auto const after = snapshot(root);
+        EXPECT_EQ(other->Parent, nullptr);
+        if (hierarchy) {
+            EXPECT_EQ(child->Parent, nullptr);
+        } else {
+            EXPECT_EQ(child->Parent, root);
+            EXPECT_TRUE(near(worldPoint(child, {1, 1, 1}), at));
+        }
+        ASSERT_EQ(history().currentIndex, 0);
+        history().undo();
+        EXPECT_EQ(difference(snapshot(root), before), "") << hierarchy;
+        history().redo();
+        EXPECT_EQ(difference(snapshot(root), after), "") << hierarchy;
+        history().undo();
+        history().clear();
+    }
+    EXPECT_FALSE(AssembleActions::Delete(root, true));
+}
+
 TEST_F(AssembleActionsTest, RefusalsChangeNothing)
 {
     auto const before = snapshot(root);
