@@ -1,6 +1,7 @@
 // Environment: the face rotations, the levels filled on the GPU, and changing environments.
 #include "GLResourceTest.h"
 #include "TestImages.h"
+#include "Support/MathMatchers.h"
 
 #include "OpenGL/Environment.h"
 #include "OpenGL/FBO.h"
@@ -31,9 +32,7 @@ TEST(EnvironmentRotation, TurnsTheQuadOntoEachFaceAsGLLaysItOut)
                 float x = (2 * i + 1.0f) / size - 1, y = (2 * j + 1.0f) / size - 1;
                 Vector3<float> turned = Vector3<float>(x, y, -1) * r;
                 Vector3<double> expected = TextureCube::FaceDirection(face, i, j, size);
-                EXPECT_NEAR(turned.x, expected.x, 1e-6) << face << " " << i << " " << j;
-                EXPECT_NEAR(turned.y, expected.y, 1e-6) << face << " " << i << " " << j;
-                EXPECT_NEAR(turned.z, expected.z, 1e-6) << face << " " << i << " " << j;
+                EXPECT_TRUE(Near(Vector3<double>(turned), expected, 1e-6)) << face << " " << i << " " << j;
             }
     }
     Matrix3<float> kept(2, 0, 0, 0, 2, 0, 0, 0, 2);

@@ -1,6 +1,7 @@
 #include "GLResourceTest.h"
 
 #include <cstring>
+#include <type_traits>
 
 #include "OpenGL/FBO.h"
 #include "OpenGL/GLState.h"
@@ -22,7 +23,7 @@ void Collect(std::string const& text, bool)
     gMessages.push_back(text);
 }
 
-// Call counts and the real entry points behind the wrappers.
+// Call counts of the wrapped entry points.
 struct Counts {
     int getUniformLocation = 0;
     int useProgram = 0;
@@ -35,69 +36,44 @@ struct Counts {
 };
 Counts gCounts;
 
-PFNGLGETUNIFORMLOCATIONPROC realGetUniformLocation = nullptr;
-PFNGLUSEPROGRAMPROC realUseProgram = nullptr;
-PFNGLBINDFRAMEBUFFERPROC realBindFramebuffer = nullptr;
-PFNGLENABLEPROC realEnable = nullptr;
-PFNGLDISABLEPROC realDisable = nullptr;
-PFNGLBUFFERDATAPROC realBufferData = nullptr;
-PFNGLBUFFERSUBDATAPROC realBufferSubData = nullptr;
-PFNGLGENTEXTURESPROC realGenTextures = nullptr;
-PFNGLGENFRAMEBUFFERSPROC realGenFramebuffers = nullptr;
-PFNGLTEXIMAGE2DPROC realTexImage2D = nullptr;
+// One wrapped entry point: the wrapper counts into `Field` and calls the real function, which
+// install() puts aside and remove() puts back into glad's pointer.
+template <auto* Slot, int Counts::*Field, class F = std::remove_reference_t<decltype(*Slot)>>
+struct Hook;
 
-GLint GLAD_API_PTR CountGetUniformLocation(GLuint program, GLchar const* name)
-{
-    ++gCounts.getUniformLocation;
-    return realGetUniformLocation(program, name);
-}
-void GLAD_API_PTR CountUseProgram(GLuint program)
-{
-    ++gCounts.useProgram;
-    gCounts.programs.push_back(program);
-    realUseProgram(program);
-}
-void GLAD_API_PTR CountBindFramebuffer(GLenum target, GLuint framebuffer)
-{
-    ++gCounts.bindFramebuffer;
-    realBindFramebuffer(target, framebuffer);
-}
-void GLAD_API_PTR CountEnable(GLenum capability)
-{
-    ++gCounts.enableDisable;
-    realEnable(capability);
-}
-void GLAD_API_PTR CountDisable(GLenum capability)
-{
-    ++gCounts.enableDisable;
-    realDisable(capability);
-}
-void GLAD_API_PTR CountBufferData(GLenum target, GLsizeiptr size, void const* data, GLenum usage)
-{
-    ++gCounts.bufferData;
-    realBufferData(target, size, data, usage);
-}
-void GLAD_API_PTR CountGenTextures(GLsizei n, GLuint* textures)
-{
-    ++gCounts.created;
-    realGenTextures(n, textures);
-}
-void GLAD_API_PTR CountGenFramebuffers(GLsizei n, GLuint* framebuffers)
-{
-    ++gCounts.created;
-    realGenFramebuffers(n, framebuffers);
-}
-void GLAD_API_PTR CountTexImage2D(GLenum target, GLint level, GLint internalFormat, GLsizei width, GLsizei height,
-                                  GLint border, GLenum format, GLenum type, void const* pixels)
-{
-    ++gCounts.created;
-    realTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
-}
-void GLAD_API_PTR CountBufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, void const* data)
-{
-    ++gCounts.bufferSubData;
-    realBufferSubData(target, offset, size, data);
-}
+template <auto* Slot, int Counts::*Field, class R, class... A>
+struct Hook<Slot, Field, R(GLAD_API_PTR*)(A...)> {
+    static inline R(GLAD_API_PTR* real)(A...) = nullptr;
+
+    static R GLAD_API_PTR call(A... a)
+    {
+        ++(gCounts.*Field);
+        if constexpr (Field == &Counts::useProgram)
+            gCounts.programs.push_back(a...);
+        return real(a...);
+    }
+    static void install()
+    {
+        real = *Slot;
+        *Slot = call;
+    }
+    static void remove() { *Slot = real; }
+};
+
+template <class... H>
+struct Hooks {
+    static void install() { (H::install(), ...); }
+    static void remove() { (H::remove(), ...); }
+};
+
+using CountedCalls = Hooks<Hook<&glad_glGetUniformLocation, &Counts::getUniformLocation>,
+                           Hook<&glad_glUseProgram, &Counts::useProgram>,
+                           Hook<&glad_glBindFramebuffer, &Counts::bindFramebuffer>,
+                           Hook<&glad_glEnable, &Counts::enableDisable>, Hook<&glad_glDisable, &Counts::enableDisable>,
+                           Hook<&glad_glBufferData, &Counts::bufferData>,
+                           Hook<&glad_glBufferSubData, &Counts::bufferSubData>,
+                           Hook<&glad_glGenTextures, &Counts::created>, Hook<&glad_glGenFramebuffers, &Counts::created>,
+                           Hook<&glad_glTexImage2D, &Counts::created>>;
 
 // Managers hold GL objects: let them go while the context still exists.
 class ReleaseManagers : public ::testing::Environment {
@@ -158,40 +134,12 @@ bool GLResourceTest::Logged(std::string const& text)
 GLCallCounter::GLCallCounter()
 {
     gCounts = Counts();
-    realGetUniformLocation = glad_glGetUniformLocation;
-    realUseProgram = glad_glUseProgram;
-    realBindFramebuffer = glad_glBindFramebuffer;
-    realEnable = glad_glEnable;
-    realDisable = glad_glDisable;
-    realBufferData = glad_glBufferData;
-    realBufferSubData = glad_glBufferSubData;
-    realGenTextures = glad_glGenTextures;
-    realGenFramebuffers = glad_glGenFramebuffers;
-    realTexImage2D = glad_glTexImage2D;
-    glad_glGenTextures = CountGenTextures;
-    glad_glGenFramebuffers = CountGenFramebuffers;
-    glad_glTexImage2D = CountTexImage2D;
-    glad_glGetUniformLocation = CountGetUniformLocation;
-    glad_glUseProgram = CountUseProgram;
-    glad_glBindFramebuffer = CountBindFramebuffer;
-    glad_glEnable = CountEnable;
-    glad_glDisable = CountDisable;
-    glad_glBufferData = CountBufferData;
-    glad_glBufferSubData = CountBufferSubData;
+    CountedCalls::install();
 }
 
 GLCallCounter::~GLCallCounter()
 {
-    glad_glGetUniformLocation = realGetUniformLocation;
-    glad_glUseProgram = realUseProgram;
-    glad_glBindFramebuffer = realBindFramebuffer;
-    glad_glEnable = realEnable;
-    glad_glDisable = realDisable;
-    glad_glBufferData = realBufferData;
-    glad_glBufferSubData = realBufferSubData;
-    glad_glGenTextures = realGenTextures;
-    glad_glGenFramebuffers = realGenFramebuffers;
-    glad_glTexImage2D = realTexImage2D;
+    CountedCalls::remove();
 }
 
 int GLCallCounter::getUniformLocation() const { return gCounts.getUniformLocation; }

@@ -44,12 +44,6 @@ TEST_F(ShaderManagerTest, DefinesMakeDistinctPrograms)
     EXPECT_EQ(manager.FromText(kSource, "", "A"), fragment);
 }
 
-TEST_F(ShaderManagerTest, KeyCarriesTheDefinesAheadOfTheSource)
-{
-    EXPECT_EQ(ShaderManager::Key("a;\nb;\n", "X  Y", "Z"), "##VERT_DEFS( X Y ) ##FRAG_DEFS( Z ) a; b;");
-    EXPECT_EQ(ShaderManager::Key("a;\n", "", ""), "a;");
-}
-
 TEST_F(ShaderManagerTest, DescribingCountsButCompilesNothing)
 {
     int before = Shader::COUNT;

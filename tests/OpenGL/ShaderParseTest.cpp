@@ -25,51 +25,46 @@ TEST(ShaderDefines, OneLinePerTokenWhateverTheBlanks)
     EXPECT_EQ(Shader::Defines("N=3"), "#define N=3\n");
 }
 
-TEST(ShaderParse, StagesAndOutputs)
+TEST(ShaderParse, StagesOutputsVersionAndDefines)
 {
+    std::string const v = "#version 330 core\n";
     struct Case {
-        char const* text;
-        char const* vertex;
-        char const* fragment;
+        std::string text;
+        std::string vertex;
+        std::string fragment;
         std::vector<std::string> outputs;
+        char const* vertexDefines = "";
     };
     Case const cases[] = {
         // Text ahead of the first marker is ignored.
-        {"garbage that is no GLSL\n##VERTEX\nv;\n##FRAGMENT\nf;\n", "v;\n", "f;\n", {}},
+        {"garbage that is no GLSL\n##VERTEX\nv;\n##FRAGMENT\nf;\n", v + "v;\n", v + "f;\n", {}},
         // Markers may stand inside a line, and are not copied.
-        {"// ##VERTEX stage\nv;\n##FRAGMENT\nf;\n", "v;\n", "f;\n", {}},
+        {"// ##VERTEX stage\nv;\n##FRAGMENT\nf;\n", v + "v;\n", v + "f;\n", {}},
         // A vertex-only source names its outputs in line order; qualified ones do not count.
         {"##VERTEX\nout vec3 oPosition;\nflat out int oSkipped;\nsmooth out vec2 oAlso;\nout vec4 oColor;\n",
-         "out vec3 oPosition;\nflat out int oSkipped;\nsmooth out vec2 oAlso;\nout vec4 oColor;\n", "",
+         v + "out vec3 oPosition;\nflat out int oSkipped;\nsmooth out vec2 oAlso;\nout vec4 oColor;\n", "",
          {"oPosition", "oColor"}},
         // Out lines of the fragment stage are no outputs.
-        {"##VERTEX\nv;\n##FRAGMENT\nout vec4 oColor;\n", "v;\n", "out vec4 oColor;\n", {}},
+        {"##VERTEX\nv;\n##FRAGMENT\nout vec4 oColor;\n", v + "v;\n", v + "out vec4 oColor;\n", {}},
+        // Shader layers hand over unsimplified text: empty lines keep the editor's line numbers.
+        {"##VERTEX\na;\n\nb;\r\n", v + "a;\n\nb;\n", "", {}},
+        // The defines of each stage follow the version; an own version is kept ahead of them, as
+        // GLSL wants it on the first line.
+        {"##VERTEX\nv;\n##FRAGMENT\nf;\n", v + "#define A\nv;\n", v + "f;\n", {}, "A"},
+        {"##VERTEX\n#version 410 core\nv;\n##FRAGMENT\nf;\n", "#version 410 core\n#define A\nv;\n", v + "f;\n", {},
+         "A"},
+        {"##VERTEX\nv;\n  #version 410 core\n##FRAGMENT\nf;\n", "  #version 410 core\n#define A\n#define B\nv;\n",
+         v + "f;\n", {}, "A B"},
     };
     for (Case const& c : cases) {
-        Shader::Stages s = Shader::Parse(c.text, "", "");
-        EXPECT_EQ(s.vertex, std::string("#version 330 core\n") + c.vertex) << c.text;
-        EXPECT_EQ(s.fragment, *c.fragment ? std::string("#version 330 core\n") + c.fragment : "") << c.text;
-        EXPECT_EQ(s.outputs, c.outputs) << c.text;
+        SCOPED_TRACE(c.text);
+        Shader::Stages s = Shader::Parse(c.text, c.vertexDefines, "");
+        EXPECT_EQ(s.vertex, c.vertex);
+        EXPECT_EQ(s.fragment, c.fragment);
+        EXPECT_EQ(s.outputs, c.outputs);
     }
-}
-
-TEST(ShaderParse, TheVersionComesFirstThenTheDefinesPerStage)
-{
-    struct Case {
-        char const* text;
-        char const* vertex;
-    };
-    Case const cases[] = {
-        {"##VERTEX\nv;\n##FRAGMENT\nf;\n", "#version 330 core\n#define A\nv;\n"},
-        // An own version is kept, ahead of the defines (GLSL wants it on the first line).
-        {"##VERTEX\n#version 410 core\nv;\n##FRAGMENT\nf;\n", "#version 410 core\n#define A\nv;\n"},
-        {"##VERTEX\nv;\n  #version 410 core\n##FRAGMENT\nf;\n", "  #version 410 core\n#define A\nv;\n"},
-    };
-    for (Case const& c : cases) {
-        Shader::Stages s = Shader::Parse(c.text, "A", "B  C");
-        EXPECT_EQ(s.vertex, c.vertex) << c.text;
-        EXPECT_EQ(s.fragment, "#version 330 core\n#define B\n#define C\nf;\n") << c.text;
-    }
+    EXPECT_EQ(Shader::Parse("##VERTEX\nv;\n##FRAGMENT\nf;\n", "", "B  C").fragment,
+              v + "#define B\n#define C\nf;\n");
 }
 
 // A temporary folder with an include folder "inc" in it, registered while alive.
@@ -164,13 +159,6 @@ TEST(ShaderParse, TheLineMapNamesTheFileAndLineOfEveryStageLine)
                                     std::string("main.glsl:4\tv3;\n  >>> main.glsl(4)")})
         EXPECT_NE(listing.find(pair), std::string::npos) << pair << "\n" << listing;
     EXPECT_EQ(listing.substr(listing.size() - 23), "0:0(0): error: no main\n");
-}
-
-TEST(ShaderParse, EmptyLinesOfAVerbatimTextKeepTheLineCount)
-{
-    // Shader layers hand over unsimplified text; its line numbers must survive for the editor.
-    Shader::Stages s = Shader::Parse("##VERTEX\na;\n\nb;\r\n", "", "");
-    EXPECT_EQ(s.vertex, "#version 330 core\na;\n\nb;\n");
 }
 
 TEST(ShaderCount, CountsLiveInstances)

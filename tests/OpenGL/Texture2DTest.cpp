@@ -51,19 +51,37 @@ TEST_F(Texture2DTest, RenderToTextureAndReadBack)
     EXPECT_EQ(back[15], 128);
 }
 
-TEST_F(Texture2DTest, EmptyPixelsCompileToAllocatedStorage)
+// Storage comes from nothing, or from a caller's block leaving the CPU pixels alone; a copy
+// makes the next enable upload again, into the same texture.
+TEST_F(Texture2DTest, UploadsAllocateTakeACallersBlockAndRespecifyAfterACopy)
 {
-    Texture2D t(3, 5, GL_RGBA32F, GL_RGBA, GL_FLOAT);
-    ASSERT_TRUE(t.compile());
-    ASSERT_TRUE(t.enable());
+    Texture2D empty(3, 5, GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    ASSERT_TRUE(empty.compile());
+    ASSERT_TRUE(empty.enable());
     GLint w = 0, h = 0, format = 0;
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &w);
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &h);
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
-    t.disable();
+    empty.disable();
     EXPECT_EQ(w, 3);
     EXPECT_EQ(h, 5);
     EXPECT_EQ(format, GL_RGBA32F);
+
+    Texture2D t(2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
+    std::vector<unsigned char> block = kPixels, back;
+    ASSERT_TRUE(t.compile(block.data()));
+    EXPECT_TRUE(t.data.empty());
+    t.getData(back);
+    EXPECT_EQ(back, kPixels);
+    unsigned id = t.textureId;
+    std::vector<unsigned char> const reversed(kPixels.rbegin(), kPixels.rend());
+    t.copy(reversed.data(), 16);
+    EXPECT_FALSE(t.Compiled);
+    ASSERT_TRUE(t.enable());
+    t.disable();
+    EXPECT_EQ(t.textureId, id); // re-specified, not re-created
+    t.getData(back);
+    EXPECT_EQ(back, reversed);
 }
 
 TEST_F(Texture2DTest, LoadedPixelsAreDroppedAfterUploadUnlessKept)
@@ -114,35 +132,6 @@ TEST_F(Texture2DTest, MissingAndUnreadableFilesSetTheFailedFlag)
         EXPECT_TRUE(t.data.empty());
         EXPECT_TRUE(Logged("ERROR Texture2D::load " + file));
     }
-}
-
-TEST_F(Texture2DTest, CopyMakesTheNextEnableUploadAgain)
-{
-    Texture2D t(2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    std::vector<unsigned char> zeros(16, 0);
-    t.copy(zeros.data(), 16);
-    ASSERT_TRUE(t.compile());
-    unsigned id = t.textureId;
-    t.copy(kPixels.data(), 16);
-    EXPECT_FALSE(t.Compiled);
-    ASSERT_TRUE(t.enable());
-    t.disable();
-    EXPECT_EQ(t.textureId, id); // re-specified, not re-created
-    std::vector<unsigned char> back;
-    t.getData(back);
-    EXPECT_EQ(back, kPixels);
-}
-
-TEST_F(Texture2DTest, CompileFromACallersBlockLeavesTheCpuPixelsAlone)
-{
-    Texture2D t(2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    std::vector<unsigned char> block = kPixels;
-    ASSERT_TRUE(t.compile(block.data()));
-    EXPECT_TRUE(t.Compiled);
-    EXPECT_TRUE(t.data.empty());
-    std::vector<unsigned char> back;
-    t.getData(back);
-    EXPECT_EQ(back, kPixels);
 }
 
 // The name GL has bound at `unit` for 2D textures.

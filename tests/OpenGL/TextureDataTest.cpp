@@ -124,24 +124,21 @@ TEST(TextureData, InterpolatedFloatIsBilinearAndClamped)
     EXPECT_FLOAT_EQ(t.getInterpolatedFloat({-5.0f, 9.0f}), 20.0f);
 }
 
-TEST(TextureData, CopyResizesTheCpuPixelsExactly)
+// Copies and resizes mark the texture for upload; a resize to the same size does not.
+TEST(TextureData, CopyAndResizeMarkForUploadOnlyOnAChange)
 {
     Texture2D t(2, 2, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
     unsigned char bytes[3] = {1, 2, 3};
     t.copy(bytes, 3);
     EXPECT_EQ(t.data.size(), 3u);
+    t.Compiled = true; // as if uploaded
     t.copy(nullptr, 0);
     EXPECT_TRUE(t.data.empty());
     EXPECT_FALSE(t.Compiled);
-}
-
-TEST(TextureData, ResizeMarksForReuploadOnlyOnAChange)
-{
-    Texture2D t(4, 4, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE);
-    t.Compiled = true; // as if uploaded
-    t.resize(4, 4);
+    t.Compiled = true;
+    t.resize(2, 2);
     EXPECT_TRUE(t.Compiled);
-    t.resize(8, 4);
+    t.resize(8, 2);
     EXPECT_FALSE(t.Compiled);
     EXPECT_EQ(t.width(), 8);
 }

@@ -2,6 +2,7 @@
 // on a real context.
 #include "GLResourceTest.h"
 #include "TestImages.h"
+#include "Support/MathMatchers.h"
 
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/Texture2DArray.h"
@@ -194,10 +195,7 @@ TEST_F(TextureKindsTest, FaceDirectionsFollowGLsCubeConventions)
     // The centre texel of each face looks along the face's axis.
     Vector3<double> axes[6] = {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
     for (int face = 0; face < 6; ++face) {
-        Vector3<double> d = TextureCube::FaceDirection(face, 1, 1, 3);
-        EXPECT_NEAR(d.x, axes[face].x, 1e-12) << face;
-        EXPECT_NEAR(d.y, axes[face].y, 1e-12) << face;
-        EXPECT_NEAR(d.z, axes[face].z, 1e-12) << face;
+        EXPECT_TRUE(Near(TextureCube::FaceDirection(face, 1, 1, 3), axes[face], 1e-12)) << face;
     }
     // On +X, row 0 is the top (t = -1 goes to +Y), column 0 is towards +Z.
     Vector3<double> corner = TextureCube::FaceDirection(0, 0, 0, 2);

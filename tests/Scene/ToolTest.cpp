@@ -41,7 +41,6 @@ TEST_F(TreeTest, CreationIsAClosedGroupHoldingOneRegistration)
     auto* group = static_cast<SuperCommand*>(history().commands[0]);
     ASSERT_TRUE(group->isSuper());
     EXPECT_TRUE(group->isFinished());
-    EXPECT_EQ(group->name(), "Register Tool Creation");
     ASSERT_EQ(group->commands.size(), 1u);
     EXPECT_EQ(group->commands[0]->type, CommandRegisterToolCreation::TYPE);
     EXPECT_EQ(static_cast<CommandRegisterToolCreation*>(group->commands[0])->tool, t);
@@ -501,24 +500,50 @@ TEST_F(TreeTest, TransformRenderTakesTheElementsSizeAndFacesTheViewerInModesTwoA
 
 // ---- constrained moves and rotations -------------------------------------------------
 
-TEST_F(TreeTest, AFreeToolMovesFreelyAndAnAxisKeepsItsLength)
+// A free tool takes the whole matrix; an axis keeps only the move along it (t dot a times a,
+// a not unit) or the turn about it, with the scale taken out first.
+TEST_F(TreeTest, ConstrainedChangesKeepWhatTheirAxisAllows)
 {
-    Tool* a = add(root);
-    a->constrainedMoveObject(moveBy(1, 2, 3), false, false);
-    EXPECT_EQ(a->objectMatrix, moveBy(1, 2, 3));
-    Tool* b = add(root);
-    b->translationAxis = Vector3<float>(0, 0, 2);
-    b->constrainedMoveObject(moveBy(1, 2, 3), false, false);
-    EXPECT_EQ(b->objectMatrix, moveBy(0, 0, 12)) << "t dot a times a, a not unit";
-    // A constrained move of the element leaves the children.
-    {
-        Tool* shape = add(root);
-        Tool* child = add(shape, M34(), moveBy(1, 1, 1));
-        shape->translationAxis = Vector3<float>(1, 0, 0);
-        shape->constrainedMoveElement(moveBy(3, 4, 5), false, false);
-        EXPECT_TRUE(near(worldPoint(shape, V3()), V3(3, 0, 0)));
-        EXPECT_TRUE(near(worldPoint(child, V3()), V3(1, 1, 1)));
+    using Op = void (Tool::*)(M34 const&, bool, bool);
+    using F3 = Vector3<float>;
+    M34 const any = turn(V3(1, 2, 3), 0.3) * moveBy(1, 0, 0), up = moveBy(0, 0, 2);
+    struct Case {
+        char const* what;
+        Op op;
+        F3 translationAxis, rotationAxis;
+        M34 pivot, M, object, pivotAfter;
+    } const cases[] = {
+        {"free move", &Tool::constrainedMoveObject, {}, {}, M34(), moveBy(1, 2, 3), moveBy(1, 2, 3), M34()},
+        {"move along an axis", &Tool::constrainedMoveObject, {0, 0, 2}, {}, M34(), moveBy(1, 2, 3), moveBy(0, 0, 12), M34()},
+        {"free rotation", &Tool::constrainedRotateObject, {}, {}, M34(), any, any, M34()},
+        {"turn across the axis", &Tool::constrainedRotateObject, {}, {0, 0, 3}, M34(), turn(V3(1, 0, 0), 0.7), M34(), M34()},
+        {"scaled turn about the axis", &Tool::constrainedRotateObject, {}, {0, 0, 3}, M34(),
+         turn(V3(0, 0, 1), 0.5) * M34::Scale(3), turn(V3(0, 0, 1), 0.5), M34()},
+        {"pivot turn about the axis", &Tool::constrainedRotateObjectPivot, {}, {0, 0, 1}, up, turn(V3(0, 0, 1), 0.25),
+         M34(), turn(V3(0, 0, 1), 0.25) * up},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.what);
+        Tool* t = add(root, M34(), c.pivot);
+        t->translationAxis = c.translationAxis;
+        t->rotationAxis = c.rotationAxis;
+        (t->*c.op)(c.M, false, false);
+        EXPECT_TRUE(near(t->objectMatrix, c.object));
+        EXPECT_TRUE(near(t->pivotMatrix, c.pivotAfter));
     }
+    // Constrained moves and turns of the element leave the children where they are.
+    Tool* shape = add(root);
+    Tool* child = add(shape, M34(), moveBy(1, 1, 1));
+    shape->translationAxis = F3(1, 0, 0);
+    shape->constrainedMoveElement(moveBy(3, 4, 5), false, false);
+    EXPECT_TRUE(near(worldPoint(shape, V3()), V3(3, 0, 0)));
+    EXPECT_TRUE(near(worldPoint(child, V3()), V3(1, 1, 1)));
+    Tool* a = add(root);
+    Tool* c = add(a, M34(), moveBy(1, 0, 0));
+    a->rotationAxis = F3(0, 1, 0);
+    a->constrainedRotateElement(turn(V3(0, 1, 0), 0.4), false, false);
+    EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 0, 0)));
+    EXPECT_TRUE(near(worldPoint(a, V3(1, 0, 0)), V3(1, 0, 0) * turn(V3(0, 1, 0), 0.4)));
 }
 
 TEST_F(TreeTest, LinkedTwinsMoveByTheCubeRootOfTheirScaleRatio)
@@ -533,20 +558,6 @@ TEST_F(TreeTest, LinkedTwinsMoveByTheCubeRootOfTheirScaleRatio)
     EXPECT_TRUE(near(a->objectMatrix.translation(), V3(1, 0, 0)));
     EXPECT_TRUE(near(big->objectMatrix.translation(), V3(2, 0, 0)));
     EXPECT_TRUE(near(axial->objectMatrix.translation(), V3(0.5, 0.5, 0)));
-}
-
-TEST_F(TreeTest, ARotationAxisKeepsOnlyTheTurnAboutIt)
-{
-    Tool* a = add(root);
-    a->rotationAxis = Vector3<float>(0, 0, 3);
-    a->constrainedRotateObject(turn(V3(1, 0, 0), 0.7), false, false);
-    EXPECT_TRUE(near(a->objectMatrix, M34()));
-    a->constrainedRotateObject(turn(V3(0, 0, 1), 0.5) * M34::Scale(3), false, false);
-    EXPECT_TRUE(near(a->objectMatrix, turn(V3(0, 0, 1), 0.5))) << "scale is taken out first";
-    Tool* free = add(root);
-    M34 any = turn(V3(1, 2, 3), 0.3) * moveBy(1, 0, 0);
-    free->constrainedRotateObject(any, false, false);
-    EXPECT_EQ(free->objectMatrix, any);
 }
 
 // Meshing gears: ratios of plus or minus one over the teeth.
@@ -565,20 +576,6 @@ TEST_F(TreeTest, ATwinTurnsByTheRatioOfTheMultipliersAboutItsOwnAxis)
     EXPECT_TRUE(near(small->objectMatrix, turn(V3(0, 0, 1), 0.6)));
     EXPECT_TRUE(near(large->objectMatrix, turn(V3(0, 0, 1), -0.3), 1e-6));
     EXPECT_TRUE(near(tilted->objectMatrix, turn(V3(1, 0, 0), 6.0), 1e-5));
-}
-
-TEST_F(TreeTest, ConstrainedRotationsOfElementAndPivot)
-{
-    Tool* a = add(root);
-    Tool* c = add(a, M34(), moveBy(1, 0, 0));
-    a->rotationAxis = Vector3<float>(0, 1, 0);
-    a->constrainedRotateElement(turn(V3(0, 1, 0), 0.4) * turn(V3(1, 0, 0), 0.0), false, false);
-    EXPECT_TRUE(near(worldPoint(c, V3()), V3(1, 0, 0)));
-    EXPECT_TRUE(near(worldPoint(a, V3(1, 0, 0)), V3(1, 0, 0) * turn(V3(0, 1, 0), 0.4)));
-    Tool* b = add(root, M34(), moveBy(0, 0, 2));
-    b->rotationAxis = Vector3<float>(0, 0, 1);
-    b->constrainedRotateObjectPivot(turn(V3(0, 0, 1), 0.25), false, false);
-    EXPECT_TRUE(near(b->pivotMatrix, turn(V3(0, 0, 1), 0.25) * moveBy(0, 0, 2)));
 }
 
 // ---- cloning -------------------------------------------------------------------------

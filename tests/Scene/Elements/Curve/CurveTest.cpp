@@ -332,9 +332,28 @@ protected:
         shape.release();
         SceneTest::TearDown();
     }
-    // Undo, redo, twice: each state compared bit for bit with its copy.
-    void roundTrip(std::string const& before, std::string const& after)
-    {
+};
+
+// Each command is made before its change and pushed after it; undo and redo, twice, give each
+// state back bit for bit.
+TEST_F(CurveCommandsTest, EveryCurveCommandUndoesAndRedoesBitForBit)
+{
+    struct Case {
+        Command* (*command)(Shared<Element> const&);
+        void (*change)(Curve&);
+    } const cases[] = {
+        {[](Shared<Element> const& e) -> Command* { return new CommandSaveCurve(e); }, [](Curve& c) { c.smoothDraw(2); }},
+        {[](Shared<Element> const& e) -> Command* { return new CommandSubdivideCurve(e, true); },
+         [](Curve& c) { c.subdivide(true); }},
+        {[](Shared<Element> const& e) -> Command* { return new CommandCurveDataType(e); },
+         [](Curve& c) { c.setDataType(1); }},
+    };
+    for (Case const& k : cases) {
+        std::string before = Bits(*curve);
+        Command* command = k.command(shape);
+        k.change(*curve);
+        history().push(command);
+        std::string after = Bits(*curve);
         ASSERT_NE(before, after);
         for (int round = 0; round < 2; ++round) {
             history().undo();
@@ -342,31 +361,6 @@ protected:
             history().redo();
             EXPECT_EQ(Bits(*curve), after) << "after redo " << round;
         }
-    }
-};
-
-TEST_F(CurveCommandsTest, EveryCurveCommandUndoesAndRedoesBitForBit)
-{
-    {
-        std::string before = Bits(*curve);
-        auto* command = new CommandSaveCurve(shape);
-        curve->smoothDraw(2);
-        history().push(command);
-        roundTrip(before, Bits(*curve));
-    }
-    {
-        std::string before = Bits(*curve);
-        auto* command = new CommandSubdivideCurve(shape, true);
-        curve->subdivide(true);
-        history().push(command);
-        roundTrip(before, Bits(*curve));
-    }
-    {
-        std::string before = Bits(*curve);
-        auto* command = new CommandCurveDataType(shape);
-        curve->setDataType(1);
-        history().push(command);
-        roundTrip(before, Bits(*curve));
     }
 }
 
