@@ -1,34 +1,24 @@
 // CommandSculptPositions<T> ("Sculpt Positions"): the vertices a CPU sculpt stroke moved on a
-// Mesh or a Curve, as a sparse deque of index and position. Undo and redo are the same
-// exchange of the records with the element, so they always hold the state that is not shown.
+// Mesh or a Curve, as a sparse deque of index and position, exchanged by swapPositions.
 #pragma once
 
-#include "Memory/Shared.h"
-#include "Scene/Command.h"
-#include "Scene/Elements/SculptRecords.h"
+#include "Scene/Commands/CommandSwapRecords.h"
 
-#include <deque>
 #include <string>
 
 namespace vel {
 
-class Element;
-
 template <class T>
-class CommandSculptPositions : public Command {
+class CommandSculptPositions : public CommandSwapRecords<T, IndexPosition> {
 public:
     static constexpr int TYPE = 90;
 
-    Shared<Element> element;
-    T* target;
-    std::deque<IndexPosition> records;
+    CommandSculptPositions(Shared<Element> const& element, std::deque<IndexPosition> records)
+        : CommandSwapRecords<T, IndexPosition>(TYPE, element, std::move(records))
+    {
+    }
 
-    CommandSculptPositions(Shared<Element> const& element, std::deque<IndexPosition> records);
-
-    void undo() override;
-    void redo() override;
-    int size() override;
-    std::string name() override;
+    std::string name() override { return "Sculpt Positions"; }
 };
 
 } // namespace vel
