@@ -106,26 +106,5 @@ TEST(Deformers, SmoothMovesTowardsTheTargetInsideTheBrush)
     EXPECT_EQ(sum[1], V());
 }
 
-TEST(Deformers, ApplyRoutesToSumOrWeights)
-{
-    SculptStep step;
-    step.action = 25;
-    step.centers = {V()};
-    step.thirds = {V(0, 0, 1)};
-    step.radius = 1;
-    step.strength = 1;
-    step.height = 1;
-    V p;
-    V sum;
-    float weight = 0;
-    EXPECT_EQ(ApplySculptStep(step, 1, &p, &sum, &weight), SculptOutput::DEFORMATIONS);
-    EXPECT_TRUE(Near(sum, V(0, 0, 1)));
-    step.action = 43;
-    EXPECT_EQ(ApplySculptStep(step, 1, &p, &sum, &weight), SculptOutput::WEIGHTS);
-    EXPECT_FLOAT_EQ(weight, 1.0f);
-    step.skip = true;
-    EXPECT_EQ(ApplySculptStep(step, 1, &p, &sum, &weight), SculptOutput::NOTHING);
-}
-
 } // namespace
 } // namespace vel
