@@ -2,6 +2,9 @@
 
 namespace vel {
 
+Pbr BrushMaterial;
+int BrushMaterialMask = 63;
+
 Brushes& GetBrushes()
 {
     static Brushes brushes = [] {

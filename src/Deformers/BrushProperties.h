@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Math/Pbr.h"
 #include "Memory/Shared.h"
 
 namespace vel {
@@ -20,6 +21,11 @@ struct BrushProperties {
 };
 
 using Brushes = std::unordered_map<int, Shared<BrushProperties>>;
+
+// The paint brush: the material laid by actions 41 to 43, and which of its parts are taken
+// (1 colour, 2 alpha, 4 light, 8 thickness, 16 roughness, 32 metalness).
+extern Pbr BrushMaterial;
+extern int BrushMaterialMask;
 
 // The brushes of every action, filled with the defaults at start-up.
 Brushes& GetBrushes();

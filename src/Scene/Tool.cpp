@@ -2,6 +2,7 @@
 
 #include "Core/Assert.h"
 #include "Core/Communicate.h"
+#include "Deformers/Sculptor.h"
 #include "OpenGL/Shader.h"
 #include "Scene/Commands/CommandObjectAddChild.h"
 #include "Scene/Commands/CommandObjectDelete.h"
@@ -11,6 +12,8 @@
 #include "Scene/Commands/CommandObjectSubChild.h"
 #include "Scene/Commands/CommandObjectUnlink.h"
 #include "Scene/Commands/CommandRegisterToolCreation.h"
+#include "Scene/Elements/Curve/Curve.h"
+#include "Scene/Elements/Mesh/Mesh.h"
 #include "Scene/RenderFlags.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/ToolList.h"
@@ -904,6 +907,24 @@ bool Tool::isActiveRigidBody() const
 bool Tool::isSDF() const
 {
     return ToolType() == 12;
+}
+
+std::function<bool()> Tool::gSculptStampReady;
+
+bool Tool::acceptsSculpt() const
+{
+    Element* e = element.get();
+    return e && !e->empty() && (dynamic_cast<Mesh*>(e) || dynamic_cast<Curve*>(e));
+}
+
+void Tool::sculpt(std::deque<Sculptor*>& sculptors)
+{
+    if (!acceptsSculpt() || sculptors.empty() || !sculptors.front())
+        return;
+    int const action = sculptors.front()->action;
+    if (action >= 21 && action <= 24 && !(gSculptStampReady && gSculptStampReady()))
+        return;
+    element->sculpt(sculptors);
 }
 
 Shader* Tool::renderShader(Element* e, TRenderState const& state)

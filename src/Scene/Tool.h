@@ -34,6 +34,8 @@
 // - kind queries, element queries, time
 #pragma once
 
+#include <functional>
+
 #include "Math/Matrix34.h"
 #include "Math/Vector3.h"
 #include "Memory/Shared.h"
@@ -209,6 +211,13 @@ public:
     virtual bool isSimulated() const;
     virtual bool isActiveRigidBody() const;
     virtual bool isSDF() const;
+    // Whether a sculpt stroke may run on this tool's element: a mesh (clay included) or a curve.
+    virtual bool acceptsSculpt() const;
+    // One call of a stroke: nothing when the tool refuses, or for a stamp (actions 21 to 24)
+    // while gSculptStampReady says no stamp is ready; else the element's sculpt.
+    virtual void sculpt(std::deque<Sculptor*>& sculptors);
+    // Set by the rendering side, which owns the stamp's alpha; unset means no stamp.
+    static std::function<bool()> gSculptStampReady;
     // The program `e` draws with for this tool in `state`: the element's own, until the
     // tool's object shader takes part.
     virtual Shader* renderShader(Element* e, TRenderState const& state);

@@ -19,11 +19,13 @@
 // - records, construction, connectivity, queries, factories ...... Curve.cpp
 // - frames, bones, subdivision, smoothing, Uniform ............... CurveGeometry.cpp
 // - file fields (DataSize, DataWrite, DataRead) ................... CurveFile.cpp
+// - sculpting and painting on the CPU ............................. CurveSculpt.cpp
 #pragma once
 
 #include "Math/HFloat.h"
 #include "Math/Pbr.h"
 #include "Scene/Elements/Curve/CurveVBO.h"
+#include "Scene/Elements/SculptRecords.h"
 
 #include <array>
 #include <cstdint>
@@ -204,6 +206,18 @@ public:
     void newPatch(int vertex);
     void setSharp(bool on);
     void setDataType(int type) override;
+
+    // ---- CPU sculpting and painting (CurveSculpt.cpp), as Mesh's ----
+    void sculpt(std::deque<Sculptor*>& sculptors) override;
+    void sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase) override;
+    // The smoothing target: the mean of the neighbours; sharp points and open ends stay.
+    Vector3<float> PointSculptSmooth(int v) const override;
+    void swapPositions(std::deque<IndexPosition>& records);
+    void swapMaterials(std::deque<IndexMaterial>& records);
+    // Material slot 2e is edge e's start, 2e + 1 its end.
+    int sculptCornerVertex(int slot) const;
+    void sculptMoved(std::vector<int> const& touched);
+    void sculptPainted();
     // Fills bones from the frames when dirty; false with no vertex or no edge.
     bool buildVertsFrames();
     // buildVertsFrames, then the bones texture (render thread).

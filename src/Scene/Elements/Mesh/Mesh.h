@@ -53,6 +53,7 @@
 #include "Scene/Elements/Mesh/MeshFace.h"
 #include "Scene/Elements/Mesh/MeshVBO.h"
 #include "Scene/Elements/Mesh/MeshVert.h"
+#include "Scene/Elements/SculptRecords.h"
 
 #include <cstdint>
 #include <deque>
@@ -344,9 +345,9 @@ public:
     // ---- Slots of the buffer and sculpt levels (MeshEdits.cpp) -----------------------------
     // Vertices of the triangle soup the buffers hold: three per triangle.
     int points_count() const override;
-    // One sample of a stroke: phase 0 begin, 1 progress, 2 end. The brushes are not part of
-    // the kernel yet: a step checks its arguments and leaves the mesh as it is, so a stroke
-    // through this entry is a no-op rather than a partial edit.
+    // One sample of a stroke: phase 0 begin, 1 progress, 2 end; `index` the sample (normally
+    // the last). Prepares the step, applies it on the CPU and writes positions or materials
+    // back (MeshSculpt.cpp).
     void sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase) override;
     // Data type 1 carries a material per corner, 2 a UV per corner; the corner arrays follow.
     void setDataType(int type) override;
@@ -354,6 +355,21 @@ public:
     // vertex goes to the mean of its ring; a sharp one to the mean of its neighbours along
     // sharp or border edges, and stays when there are more than two (or none).
     Vector3<float> PointSculptSmooth(int v) const override;
+
+    // ---- CPU sculpting and painting (MeshSculpt.cpp) ----------------------------------------
+    // One call per frame of a stroke: begin, one step on the newest sample, and at the end
+    // the undo command ("Sculpt Positions", or "Paint Vertices" in a "Paint Mesh" group with
+    // the type change when the mesh had no materials).
+    void sculpt(std::deque<Sculptor*>& sculptors) override;
+    // Exchange the records' values with the mesh's, for undo and redo alike.
+    void swapPositions(std::deque<IndexPosition>& records);
+    void swapMaterials(std::deque<IndexMaterial>& records);
+    // The vertex whose paint weight a material slot (a corner, by its arriving half-edge) takes.
+    int sculptCornerVertex(int corner) const;
+    // After vertices moved: corner normals of the touched ones and their faces, buffers dirty.
+    void sculptMoved(std::vector<int> const& touched);
+    // After materials changed: buffers dirty.
+    void sculptPainted();
 
 private:
     // The fields of a record in the layout of `version` (DataRead and DataReadOld).

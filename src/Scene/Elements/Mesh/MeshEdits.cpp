@@ -12,7 +12,7 @@
 // - relaxing and sculpt smoothing
 // - merging
 // - partial normals
-// - sculpt and buffer slots
+// - buffer slots
 #include "Scene/Elements/Mesh/Mesh.h"
 
 #include "Core/Assert.h"
@@ -430,18 +430,11 @@ void Mesh::updateNormals(std::vector<int> const& touched)
     set_vbo_dirty(VBO_NORMALS);
 }
 
-// ---- sculpt and buffer slots ------------------------------------------------------------------
+// ---- buffer slots ------------------------------------------------------------------------------
 
 int Mesh::points_count() const
 {
     return 3 * triangles;
-}
-
-void Mesh::sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase)
-{
-    VEL_ASSERT_MSG(phase <= 2, "a step is 0 begin, 1 progress or 2 end");
-    VEL_ASSERT_MSG(index >= 0, "a step processes a sample of the stroke");
-    (void)sculptors;
 }
 
 } // namespace vel
