@@ -1,5 +1,7 @@
 #include "OpenGL/ViewportActions.h"
 
+#include "Deformers/Sculptor.h"
+
 namespace vel {
 
 // ActionMode and iActionMode live with the frame loop (GLWidget.cpp), which blocks them.
@@ -58,6 +60,9 @@ void gSetAssembleAction(int action, bool remember)
 void gSetSculptAction(int action)
 {
     SculptAction = iSculptAction = action;
+    // The brush key follows the action in sculpt mode only.
+    if (ActionMode == MODE_SCULPT)
+        Sculptor::gSculptAction = action;
 }
 
 int EffectiveAssembleAction(int chosen, HeldKeys const& keys, bool& copying)
