@@ -3,9 +3,14 @@
 // press and one for the current position.
 #pragma once
 
+#include "Deformers/SBrush.h"
+#include "Math/Matrix34.h"
+#include "Math/Pbr.h"
 #include "Math/Vector2.h"
 #include "Math/Vector3.h"
 #include "OpenGL/TPickResult.h"
+
+#include <cstdint>
 
 namespace vel {
 
@@ -26,6 +31,19 @@ struct ABrush {
     Element* element = nullptr;
     float pressure = 1.0f;    // after the pressure curve
     bool in_vr = false;
+    // What a stroke sample takes along (ToSBrush).
+    int kind = 0;             // handed to the sample as its first int
+    int select = 3;           // iSculptSelect of the stroke
+    int property = 0;         // iSculptProperty of the stroke
+    Matrix34<double> elementMatrix; // the hit element's own coordinates to the world
+    Pbr material;             // under the brush
+    uint16_t mask = 0;        // material channels the brush writes
+    float size = 0.0f;        // brush diameter in world units at the hit
+    signed char mirror = 1;   // -1 for a copy an odd number of mirrors made
+
+    // The sample of a stroke in the element's own coordinates: point and normal through the
+    // inverse of `elementMatrix`, the radius measured along the normal the same way.
+    SBrush ToSBrush() const;
 
     bool hit() const { return pick.hit && tool; }
     // Whether two snapshots stand on the same pixel.

@@ -227,8 +227,11 @@ void GLView::render()
     renderObjects(scene.list, true, false);
     // 8. to 10. The pick under the pointer, then the mouse actions on it.
     MainLoopSelect();
-    if (!renderOnly)
+    if (!renderOnly) {
         input->dispatch();
+        input->updateSculpt();
+        input->brushHint();
+    }
     // 11.
     scene.temporary.sort(r.showCurves, r.showTransparent, r.showRigidBodies);
     renderObjects(scene.temporary, false, false);
@@ -357,6 +360,36 @@ void GLView::UNDO()
 void GLView::REDO()
 {
     input->REDO();
+}
+
+void GLView::setBrushFalloff(float value)
+{
+    SculptGesture::SetFalloff(value);
+}
+
+void GLView::setBrushStrength(float value)
+{
+    SculptGesture::SetStrength(value);
+}
+
+void GLView::setBrushElevation(float value)
+{
+    SculptGesture::SetElevation(value);
+}
+
+void GLView::setBrushSize(float pixels)
+{
+    SculptGesture::SetSize(pixels);
+}
+
+void GLView::mulBrushSize(float factor)
+{
+    input->sculpt.mulSize(factor);
+}
+
+void GLView::updateSculpt()
+{
+    input->updateSculpt();
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -137,6 +137,16 @@ public:
     void UNDO();
     void REDO();
 
+    // ---- brush settings (the brush of Sculptor::gSculptAction; clamps in SculptGesture)
+    void setBrushFalloff(float value);
+    void setBrushStrength(float value);
+    void setBrushElevation(float value);
+    void setBrushSize(float pixels);
+    // Scales the size; during a stamp drag the strength.
+    void mulBrushSize(float factor);
+    // A setting changed during a stamp drag: the stroke's step runs again.
+    void updateSculpt();
+
     // ---- the frame
     void render();
     // The Shader transforms of the camera at the targets' size; the frame's pass (`overlay`

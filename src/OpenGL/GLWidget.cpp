@@ -27,6 +27,7 @@
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/XYZSphere.h"
 #include "Scene/Element.h"
+#include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Material.h"
 #include "Scene/Root.h"
 #include "Scene/Scene.h"
@@ -860,6 +861,19 @@ void GLWidget::writeReport(char const* event)
             out << "pos" << i << "=" << p.x << "," << p.y << "," << p.z << "\n"
                 << "screen" << i << "=" << s.x * toWindow << "," << s.y * toWindow << "\n";
         }
+        out << "mode=" << iActionMode << "\n";
+        // The first clay's shape as a checksum of its position bits, read back from the card
+        // (only within a frame, where the context is current).
+        if (!final && !children.empty())
+            if (auto* clay = dynamic_cast<Clay*>(children.front()->element.get()); clay && clay->vertexBuffer) {
+                std::vector<Vector3<float>> texels(std::size_t(clay->sizeV().x) * std::size_t(clay->sizeV().y));
+                clay->get_positions(clay->positionRoles.current, texels.data());
+                uint64_t hash = 1469598103934665603ull;
+                auto const* bytes = reinterpret_cast<unsigned char const*>(texels.data());
+                for (std::size_t b = 0; b < texels.size() * sizeof(Vector3<float>); ++b)
+                    hash = (hash ^ bytes[b]) * 1099511628211ull;
+                out << "shape0=" << std::hex << hash << std::dec << "\n";
+            }
         for (int i = 0; i < 3 && i < lines.size(); ++i)
             out << "log" << i << "=" << lines[i].toStdString() << "\n";
     }

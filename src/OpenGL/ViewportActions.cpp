@@ -1,5 +1,7 @@
 #include "OpenGL/ViewportActions.h"
 
+#include "Deformers/Sculptor.h"
+
 #include <iterator>
 
 namespace vel {
@@ -21,7 +23,6 @@ int gDrawStrokeProfile = 0;
 bool gIsSelectedObjectMenu = false;
 bool gToggleGroups = false;
 bool gStickySelection = false;
-int gSculptorAction = 0;
 
 namespace {
 constexpr int SCULPT_SMOOTH = 32;
@@ -112,12 +113,15 @@ void gSetAssembleAction(int action, bool remember)
     }
     (void)leavingPick; // the tool box that a pick fills comes with the tool box
     if (ActionMode == MODE_ASSEMBLE)
-        gSculptorAction = BRUSH_ASSEMBLE;
+        Sculptor::gSculptAction = BRUSH_ASSEMBLE;
 }
 
 void gSetSculptAction(int action)
 {
     SculptAction = iSculptAction = action;
+    // The brush key follows the action in sculpt mode only.
+    if (ActionMode == MODE_SCULPT)
+        Sculptor::gSculptAction = action;
 }
 
 int EffectiveAssembleAction(int chosen, HeldKeys const& keys, bool& copying)

@@ -72,8 +72,6 @@ extern int gDrawStrokeProfile;
 extern bool gIsSelectedObjectMenu; // a pop-up menu is open: presses are refused
 extern bool gToggleGroups;         // "G": hovering and acting on linked groups
 extern bool gStickySelection;      // keep the last hit while the cursor is over nothing
-// The brush key of the sculptor; an assemble action that selects sets it to 81.
-extern int gSculptorAction;
 
 // The keys the derivation looks at, as held this frame.
 struct HeldKeys {

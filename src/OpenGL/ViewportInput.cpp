@@ -1,6 +1,7 @@
 #include "OpenGL/ViewportInput.h"
 
 #include "Core/Assert.h"
+#include "Deformers/Sculptor.h"
 #include "OpenGL/AssembleActions.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLMachine.h"
@@ -183,6 +184,8 @@ void ViewportInput::setState()
         }
         if (AssembleAction == ACTION_TOOL_PICK)
             gSetAssembleAction(PrevAssembleAction, false);
+        if (gesture == SCULPT)
+            sculpt.cancel();
         resetState();
     }
     bool const held = mouse.left || mouse.middle || mouse.right;
@@ -192,6 +195,9 @@ void ViewportInput::setState()
 
 bool ViewportInput::keyPressed(int key, bool control, bool shift)
 {
+    // The brush keys act during a stroke too (a stamp drag takes the strength).
+    if (sculpt.keyPressed(key, control, shift, gesture == NONE))
+        return true;
     if (gesture != NONE)
         return false;
     auto choose = [](int action) {
@@ -211,6 +217,7 @@ bool ViewportInput::keyPressed(int key, bool control, bool shift)
         return true;
     case Qt::Key_A:
         ActionMode = iActionMode = ActionMode == MODE_SCULPT ? MODE_ASSEMBLE : MODE_SCULPT;
+        Sculptor::gSculptAction = ActionMode == MODE_SCULPT ? SculptAction : 81;
         return true;
     case Qt::Key_E:
         frameType = frameType == FRAME_ELEMENT ? FRAME_OBJECT : FRAME_ELEMENT;
@@ -243,6 +250,8 @@ bool ViewportInput::keyPressed(int key, bool control, bool shift)
 
 void ViewportInput::resetState()
 {
+    if (sculpt.active())
+        sculpt.cancel();
     gesture = NONE;
     targets.clear();
     press = current = ABrush();
@@ -309,6 +318,7 @@ ABrush ViewportInput::selection(ABrush::TSelection what, bool now)
             b.element = b.tool->element.get();
             b.normal = projection.normal_screen_to_world(Vector3<double>(b.pick.viewNormal)).normalize();
             b.tool->worldTransform(b.pick.toolMatrix, true);
+            b.elementMatrix = b.element ? b.element->Transform(1.0f) * b.pick.toolMatrix : b.pick.toolMatrix;
         } else {
             b.pick.hit = false;
             b.object = b.tool = nullptr;
@@ -339,7 +349,7 @@ void ViewportInput::select(ABrush const& brush)
             ClearSelection();
         Tool::select(targets, false, false);
     }
-    gSculptorAction = 81;
+    Sculptor::gSculptAction = 81;
 }
 
 void ViewportInput::clickSelect(ABrush const& brush, bool add)
@@ -436,6 +446,12 @@ void ViewportInput::mouseDown()
     view.drag = true;
     if (!left) {
         gesture = PAN;
+        return;
+    }
+    if (iActionMode == MODE_SCULPT && press.hit()) {
+        // A stroke on a surface; on nothing the press orbits.
+        press = current = sculptBrush();
+        gesture = sculpt.begin(press, iSculptAction, iSculptSelect, iSculptProperty) ? SCULPT : CLICK;
         return;
     }
     int const action = iAssembleAction;
@@ -536,9 +552,66 @@ void ViewportInput::mouseMove()
     // Orbit and pan moved the camera before the frame's matrices (navigate).
     if (gesture == NONE || gesture == ORBIT || gesture == PAN)
         return;
+    if (gesture == SCULPT) {
+        // One sample per pointer event: a still pointer adds none.
+        ABrush const now = sculptBrush();
+        if (!ABrush::SameMousePosition(now, current) || now.pressure != current.pressure) {
+            current = now;
+            sculpt.progress(current);
+        }
+        return;
+    }
     current = selection(ABrush::POSITION, false);
     if (gesture == TRANSFORM)
         dragTransform();
+}
+
+ABrush ViewportInput::sculptBrush()
+{
+    ABrush b = selection(ABrush::OBJECT, true);
+    // Off the sculpted tool the stroke goes on at the last sample's depth, facing as it did.
+    if (gesture == SCULPT && b.tool != sculpt.target) {
+        ABrush const& last = current;
+        b.tool = last.tool;
+        b.object = last.object;
+        b.element = last.element;
+        b.pick = last.pick;
+        b.normal = last.normal;
+        b.elementMatrix = last.elementMatrix;
+        b.depth = last.depth;
+        b.world = projection.point_screen_to_world({b.screen.x, b.screen.y, b.depth});
+    }
+    if (!gPenPressure)
+        b.pressure = 1.0f;
+    b.select = iSculptSelect;
+    b.property = iSculptProperty;
+    b.material = BrushMaterial;
+    b.mask = uint16_t(BrushMaterialMask);
+    double const unit = projection.pixelSize(projection.depthScreen(b.depth));
+    b.size = sculpt.worldSize(unit > 0.0 ? 1.0 / unit : 0.0);
+    return b;
+}
+
+void ViewportInput::brushHint()
+{
+    bool const sculpting = gesture == SCULPT || (gesture == NONE && iActionMode == MODE_SCULPT && current.hit());
+    // The circle is this hint's only while it shows it: others may draw it too.
+    if (!sculpting || !view.inside()) {
+        if (brushShown)
+            view.brushVisible = brushShown = false;
+        return;
+    }
+    view.brushVisible = brushShown = true;
+    double const unit = projection.pixelSize(projection.depthScreen(current.depth));
+    view.brushCenter = current.world;
+    view.brushNormal = current.normal;
+    view.brushRadius = 0.5 * double(sculpt.worldSize(unit > 0.0 ? 1.0 / unit : 0.0));
+}
+
+void ViewportInput::updateSculpt()
+{
+    if (gesture == SCULPT && sculpt.brushChanged)
+        sculpt.step();
 }
 
 void ViewportInput::mouseUp(bool apply)
@@ -548,6 +621,12 @@ void ViewportInput::mouseUp(bool apply)
     float const moved = std::hypot(current.screen.x - press.screen.x, current.screen.y - press.screen.y);
     bool const click = moved < CLICK_PIXELS;
     switch (gesture) {
+    case SCULPT:
+        if (apply)
+            sculpt.end(current = sculptBrush());
+        else
+            sculpt.cancel();
+        break;
     case TRANSFORM: {
         bool const changed = transform.moved();
         if (apply)
@@ -587,8 +666,11 @@ void ViewportInput::mouseWheel()
 {
     if (mouse.wheel == 0 || !view.inside() || gAllActionsBlocked)
         return;
-    if (keys.shift())
-        return; // the brush size: with the brushes
+    if (keys.shift()) {
+        // The brush size, a tenth a notch of Qt's 120.
+        sculpt.mulSize(std::pow(1.1f, mouse.wheel / 120.0f));
+        return;
+    }
     ABrush const at = selection(ABrush::OBJECT, true);
     Camera& camera = view.camera;
     camera.zoomAbout(at.world, std::pow(ZOOM_PER_WHEEL, double(mouse.wheel)));

@@ -20,6 +20,7 @@
 #include "Math/Vector3.h"
 #include "OpenGL/ABrush.h"
 #include "OpenGL/GLPick.h"
+#include "OpenGL/SculptGesture.h"
 #include "OpenGL/TransformGesture.h"
 #include "OpenGL/ViewProjection.h"
 #include "Scene/Material.h"
@@ -51,7 +52,7 @@ public:
     static constexpr int RELATIVE_CHILD = 2;
     static constexpr int RELATIVE_HIERARCHY = 3;
 
-    enum Gesture { NONE, ORBIT, PAN, TRANSFORM, VALUE, CLICK };
+    enum Gesture { NONE, ORBIT, PAN, TRANSFORM, VALUE, CLICK, SCULPT };
 
     // Pointer travel below which a press and release are a click.
     static constexpr float CLICK_PIXELS = 3.0f;
@@ -64,6 +65,7 @@ public:
     ABrush press;              // at the press
     ABrush current;            // under the pointer this frame
     TransformGesture transform;
+    SculptGesture sculpt;
     GLPick picker;
     Gesture gesture = NONE;
     int frameType = FRAME_OBJECT;
@@ -81,6 +83,7 @@ public:
     float pressureMinimum = 0.0f;
     int hoverId = 0;             // id word of the hovered pixel, without the selection bit
     double pressUnit = 0.0;      // world units per pixel at the depth of the last press
+    bool brushShown = false;     // brushHint showed the brush circle
 
     explicit ViewportInput(GLView& view);
     ~ViewportInput();
@@ -125,6 +128,11 @@ public:
     void mouseMove();
     void mouseUp(bool apply);
     void mouseWheel();
+    // The brush circle at the pointer on the surface in sculpt mode, its radius the brush's
+    // size at that depth; hidden elsewhere.
+    void brushHint();
+    // A brush setting changed during a stamp drag: the stroke's step runs again with it.
+    void updateSculpt();
     // The selection tint and contours over the picture.
     void contourSelection();
     // The four masks of the feedback shader for the present mode and hover.
@@ -144,6 +152,9 @@ public:
 
 private:
     void beginTransform();
+    // The pointer's brush for a sculpt sample: a fresh pick, the brush's world size at its
+    // depth, and the stroke's settings.
+    ABrush sculptBrush();
     void dragTransform();
     void clickSelect(ABrush const& brush, bool add);
     void releaseAction(ABrush const& brush);

@@ -11,6 +11,7 @@
 #include "Scene/Scene.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
+#include "Scene/Elements/Mesh/Clay.h"
 #include "Scene/Elements/Mesh/Mesh.h"
 #include "mainwindow/AssetManager.h"
 #include "mainwindow/ConfigFile.h"
@@ -49,8 +50,14 @@ MainWindow::MainWindow(QWidget* parent)
 
     LoadConfigFile();
     // Test hook: a scene that is not empty, for the question at close; "2": two linked
-    // twins of one box side by side, for the viewport's tests.
-    if (char const* hook = std::getenv("VELLUMBRA_TEST_SCENE")) {
+    // twins of one box side by side, for the viewport's tests; "3": a clay sphere, for the
+    // sculpt strokes.
+    char const* hook = std::getenv("VELLUMBRA_TEST_SCENE");
+    if (hook && std::string(hook) == "3") {
+        auto sphere = Mesh::Sphere(Mesh::Box(0), 5, 0, 2.0f);
+        Tool* clay = new Tool(Shared<Element>(new Clay(sphere.get())));
+        clay->addToParent(Scene::instance().root);
+    } else if (hook) {
         Tool* first = new Tool(Shared<Element>(Mesh::Box().release()));
         first->addToParent(Scene::instance().root);
         if (std::string(hook) == "2") {

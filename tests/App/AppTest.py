@@ -561,6 +561,61 @@ def scenario_twins(app):
     app.process.wait()
 
 
+def patch(png, x, y, r=6):
+    """The pixels of a square around a point, as one flat list."""
+    return [c for dx in range(-r, r + 1, 3) for dy in range(-r, r + 1, 3) for c in pixel(png, x + dx, y + dy)]
+
+
+def scenario_sculpt(app):
+    """A clay sphere: A enters sculpt mode and F3 takes the Clay brush; a slow drag over the
+    sphere changes the surface under it (the picture there and the shape's checksum) and
+    nothing far from it; Ctrl+Z gives the shape back exactly."""
+    start = open_view(app)
+    centre = tuple(int(float(v)) for v in start["screen0"].split(","))
+    app.key("a")
+    settled(app, "sculpt mode", lambda s: s.get("mode") == "3" and "shape0" in s)
+    app.key("F3")
+    for _ in range(20):
+        app.key("bracketright")
+    app.xdo("mousemove", "60", "60")
+    # Away from the sphere, nothing hovered: no tint on the pictures compared.
+    before = settled(app, "the pointer away", lambda s: s.get("mouse") == "60,60" and s.get("hover") == "0")
+    plain = app.shot("plain")
+    # A press, a second's wait, small steps with pauses, a wait, a release: every step is a
+    # frame or more, whatever the machine's load.
+    y = centre[1] - 100
+    app.xdo("mousemove", str(centre[0] - 60), str(y))
+    time.sleep(1.0)
+    app.xdo("mousedown", "1")
+    time.sleep(1.0)
+    for i in range(1, 13):
+        app.xdo("mousemove", str(centre[0] - 60 + 10 * i), str(y))
+        time.sleep(0.25)
+    time.sleep(0.5)
+    app.xdo("mouseup", "1")
+    after = settled(app, "the stroke and its step", lambda s: s.get("shape0") != before["shape0"]
+                    and s.get("history") != before["history"])
+    app.xdo("mousemove", "60", "60")
+    settled(app, "the pointer away", lambda s: s.get("mouse") == "60,60" and s.get("hover") == "0")
+    time.sleep(0.5)
+    stroked = app.shot("stroked")
+    under = sum(abs(a - b) for a, b in zip(patch(stroked, centre[0], y), patch(plain, centre[0], y)))
+    far = sum(abs(a - b) for a, b in zip(patch(stroked, centre[0], centre[1] + 170),
+                                           patch(plain, centre[0], centre[1] + 170)))
+    check(under > 200, "the picture under the stroke did not change (%d)" % under)
+    check(far < under / 4, "the picture changed far from the stroke (%d against %d)" % (far, under))
+    done = int(before["history"].split("/")[0])
+    app.xdo("key", "ctrl+z")
+    undone = settled(app, "the undo", lambda s: s.get("history", "").startswith("%d/" % done))
+    check(undone["shape0"] == before["shape0"], "undo left the shape at %s, not %s"
+          % (undone["shape0"], before["shape0"]))
+    app.xdo("key", "ctrl+shift+z")
+    redone = settled(app, "the redo", lambda s: s.get("history") == after["history"])
+    check(redone["shape0"] == after["shape0"], "redo gave %s, not %s" % (redone["shape0"], after["shape0"]))
+    app.process.kill()
+    app.process.wait()
+
+
 def main():
     scenario, exe = sys.argv[1], os.path.abspath(sys.argv[2])
     folder = tempfile.mkdtemp(prefix="vellumbra-%s-" % scenario)
@@ -568,6 +623,8 @@ def main():
     app = App(exe, display, folder, scene=(scenario in ("close", "scene", "viewport")))
     if scenario == "twins":
         app.env["VELLUMBRA_TEST_SCENE"] = "2"
+    if scenario == "sculpt":
+        app.env["VELLUMBRA_TEST_SCENE"] = "3"
     try:
         globals()["scenario_" + scenario](app)
     except Failure as failure:

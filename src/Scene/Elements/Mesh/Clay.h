@@ -202,6 +202,15 @@ public:
     void smooth_materials();
 
     // ---- Strokes ---------------------------------------------------------------------------
+    // The stroke of the sculptors (the first is the reference): one step of their newest
+    // sample through the runner below, with the brush values of the paint actions.
+    void sculpt(std::deque<Sculptor*>& sculptors) override;
+    // The passes of sample `index` (phase 0 begin, 1 progress, 2 end) for the sculptors'
+    // action, from PrepareSculptStep (ClaySculptStep.cpp).
+    void sculptStep(std::deque<Sculptor*>& sculptors, int index, unsigned char phase) override;
+    // The stamp of actions 21 to 24 (its red channel); none until one is captured, and the
+    // stamp strokes do nothing without it.
+    static Texture2D* StampAlpha;
     // One call of a stroke, in the place of the sculptors' entry: `action` is the sculpt
     // action, `samples` the gesture's samples so far, `step` runs the passes of sample
     // `index` (with phase 0 begin, 1 progress, 2 end), and `brush` gives a paint stroke's values.

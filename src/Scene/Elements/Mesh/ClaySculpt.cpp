@@ -2,6 +2,7 @@
 #include "Scene/Elements/Mesh/Clay.h"
 
 #include "Core/Assert.h"
+#include "Deformers/SculptStep.h"
 #include "OpenGL/FBO.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLMachine.h"
@@ -74,16 +75,10 @@ int Count(std::size_t a, std::size_t b)
     return int(std::min(a, b));
 }
 
-// The frame of a stroke: x the direction, z the normal; when the two are nearly parallel the
-// direction is replaced by the axis of the normal's smallest component, so the frame stays valid.
-Matrix3<float> StrokeFrame(Vec direction, Vec const& normal)
+// The frame of a stroke, as the CPU deformers build it.
+Matrix3<float> StrokeFrame(Vec const& direction, Vec const& normal)
 {
-    Vec n = normal.normalize();
-    if (std::fabs(direction.normalize().dot(n)) > 0.95f || direction.length2() == 0.0f) {
-        Vec a(std::fabs(n.x), std::fabs(n.y), std::fabs(n.z));
-        direction = a.x <= a.y && a.x <= a.z ? Vec(1, 0, 0) : a.y <= a.z ? Vec(0, 1, 0) : Vec(0, 0, 1);
-    }
-    return Matrix3<float>::Frame_xZ(direction, n);
+    return SculptStrokeFrame(direction, normal);
 }
 
 } // namespace
@@ -379,12 +374,7 @@ void Clay::smooth_materials()
 
 bool Clay::AbsoluteDeformAction(int action)
 {
-    switch (action) {
-    case 1: case 3: case 5: case 9: case 10: case 12: case 13: case 14: case 16: case 21: case 22: case 23: case 24:
-        return true;
-    default:
-        return false;
-    }
+    return SculptAbsoluteAction(action);
 }
 
 bool Clay::AbsoluteMaterialAction(int action)
