@@ -3,6 +3,8 @@
 // serves both cameras; from "NearFar".x
 // to "NearFar".y the picture "Image" turns linearly towards "FogColor".rgb, up to the strength
 // "FogColor".a. The background (depth 1) is left as it is.
+// RANGE_TEXTURE: the range is that of the depths in "Range" (1 x 1, min and max in r and g, as
+// GLMinMax reduces them), turned into eye distances here, so that no read-back stalls the frame.
 ##VERTEX
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
@@ -10,7 +12,11 @@
 uniform sampler2D Image;
 uniform sampler2D Depth;
 uniform mat4 ProjectionMatrixInv;
+#ifdef RANGE_TEXTURE
+uniform sampler2D Range;
+#else
 uniform vec2 NearFar;
+#endif
 uniform vec4 FogColor;
 out vec4 oColor;
 void main()
@@ -24,6 +30,11 @@ void main()
     }
     vec2 uv = (vec2(pixel) + 0.5) / vec2(textureSize(Depth, 0));
     float distance = abs(ViewPosition(ProjectionMatrixInv, uv, d).z);
+#ifdef RANGE_TEXTURE
+    vec2 range = texelFetch(Range, ivec2(0), 0).rg;
+    vec2 NearFar = vec2(abs(ViewPosition(ProjectionMatrixInv, uv, range.x).z),
+                        abs(ViewPosition(ProjectionMatrixInv, uv, range.y).z));
+#endif
     float f = clamp((distance - NearFar.x) / max(NearFar.y - NearFar.x, 1e-6), 0.0, 1.0) * FogColor.a;
     oColor = vec4(mix(c.rgb, FogColor.rgb, f), c.a);
 }

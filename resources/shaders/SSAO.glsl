@@ -1,6 +1,8 @@
 // SSAO: ambient occlusion in screen space: the picture "Image" darkened by the occlusion that
 // the samples of ScreenSpaceGather find, times the strength "PARAMETERS".z. A zero strength, an
 // open plane and the background keep the picture as it is.
+// GATHER: only the occlusion, into r of a target at 1 / "Reduction" of the depth's size.
+// APPLY: the picture darkened by that occlusion, upsampled by depth (Include/Upsample).
 ##VERTEX
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
@@ -8,12 +10,25 @@
 #define BIAS 0.05
 #define MAX_DISTANCE 0.2
 #include ":/shaders/Include/ScreenSpace.glsl"
+#ifdef APPLY
+#include ":/shaders/Include/Upsample.glsl"
+void main()
+{
+    vec4 c, value;
+    oColor = PictureAndGathered(ivec2(gl_FragCoord.xy), c, value) ? vec4(c.rgb * (1.0 - PARAMETERS.z * value.r), c.a) : c;
+}
+#else
 #include ":/shaders/Include/ScreenSpaceGather.glsl"
 void main()
 {
-    vec4 c = texelFetch(Image, ivec2(gl_FragCoord.xy), 0);
     Gathered g = Gather();
     // Twice the mean: a crease of two perpendicular planes comes out at about half the light.
     float occlusion = clamp(2.0 * g.weight / float(g.samples), 0.0, 1.0);
+#ifdef GATHER
+    oColor = vec4(occlusion, 0.0, 0.0, 0.0);
+#else
+    vec4 c = texelFetch(Image, ivec2(gl_FragCoord.xy), 0);
     oColor = vec4(c.rgb * (1.0 - PARAMETERS.z * occlusion), c.a);
+#endif
 }
+#endif

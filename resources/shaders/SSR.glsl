@@ -67,7 +67,7 @@ void main()
 {
     oColor = vec4(0.0);
     vec2 uv = vUV;
-    float d = texture(iDepth, uv).r;
+    float d = textureLod(iDepth, uv, 0.0).r;
     if (d >= 1.0)
         return;
     float roughness = iFrame.y == 1 ? texture(iRoughMetal, uv).r : iRoughness;
@@ -85,10 +85,13 @@ void main()
         float time = float(iFrame.x * rays + k);
         vec3 jitter = vec3(Hash12(gl_FragCoord.xy, time), Hash12(gl_FragCoord.yx, time + 0.5),
                            Hash12(gl_FragCoord.xy + 7.0, time + 0.25)) - 0.5;
-        vec3 direction = normalize(r + roughness * jitter);
+        vec3 direction = r + roughness * jitter;
+        if (dot(direction, direction) == 0.0)
+            continue;
+        direction = normalize(direction);
         vec2 hit;
         if (SSR_ray(p, direction, hit))
-            sum += texture(iImage, hit / iResolution).rgb;
+            sum += textureLod(iImage, hit / iResolution, 0.0).rgb; // in a branch: no derivatives
     }
     oColor = vec4(sum / float(rays) * (1.0 - roughness), 0.0);
 }

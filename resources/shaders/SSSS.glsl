@@ -1,6 +1,8 @@
 // SSSS: subsurface light in screen space: near surfaces facing each other bleed their colour
 // into one another. The loop of ScreenSpaceGather with a short reach and no bias gathers the
 // picture's colour, and the mean, times the strength "PARAMETERS".z, is added.
+// GATHER: only the mean colour, into a target at 1 / "Reduction" of the depth's size.
+// APPLY: the picture plus that colour, upsampled by depth (Include/Upsample).
 ##VERTEX
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
@@ -9,10 +11,23 @@
 #define MAX_DISTANCE 0.05
 #define GATHER_COLOR
 #include ":/shaders/Include/ScreenSpace.glsl"
+#ifdef APPLY
+#include ":/shaders/Include/Upsample.glsl"
+void main()
+{
+    vec4 c, value;
+    oColor = PictureAndGathered(ivec2(gl_FragCoord.xy), c, value) ? vec4(c.rgb + PARAMETERS.z * value.rgb, c.a) : c;
+}
+#else
 #include ":/shaders/Include/ScreenSpaceGather.glsl"
 void main()
 {
-    vec4 c = texelFetch(Image, ivec2(gl_FragCoord.xy), 0);
     Gathered g = Gather();
+#ifdef GATHER
+    oColor = vec4(g.color / float(g.samples), 0.0);
+#else
+    vec4 c = texelFetch(Image, ivec2(gl_FragCoord.xy), 0);
     oColor = vec4(c.rgb + PARAMETERS.z * g.color / float(g.samples), c.a);
+#endif
 }
+#endif

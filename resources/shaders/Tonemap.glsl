@@ -44,5 +44,6 @@ void main()
 {
     vec4 c = texture(Image, vUV);
     vec3 x = max(c.rgb * InvGamma_Exposure.a, vec3(0.0));
-    oColor = vec4(pow(Curve(x), InvGamma_Exposure.rgb), c.a);
+    // The filmic curve is 0 at 0 only up to rounding, and pow of a negative base is undefined.
+    oColor = vec4(pow(max(Curve(x), vec3(0.0)), InvGamma_Exposure.rgb), c.a);
 }

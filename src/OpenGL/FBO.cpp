@@ -38,6 +38,14 @@ FBO::FBO(FBO* other, bool depth_only)
     }
 }
 
+Shared<FBO> FBO::ColorsOf(FBO* other)
+{
+    Shared<FBO> colors(new FBO(dsNone, other->width, other->height, other->samples));
+    for (size_t i = other->DepthStencilType != dsNone ? 1 : 0; i < other->attachments.size(); ++i)
+        colors->attachments.push_back(other->attachments[i]);
+    return colors;
+}
+
 FBO::~FBO()
 {
     if (framebuffer != 0) {

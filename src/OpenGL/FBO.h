@@ -44,6 +44,11 @@ public:
     FBO(TDepthStencilType type, int width, int height, unsigned char samples = 1);
     // Same size and depth type as `other`; shares its depth only, or all its attachments.
     FBO(FBO* other, bool depth_only);
+    // A framebuffer over the colour targets of `other`, at the same attachment points (so that
+    // a texture's `attachment` holds in both), without its depth: the target of the passes that
+    // sample that depth, which GL leaves undefined while the depth is attached. Resize it after
+    // `other`.
+    static Shared<FBO> ColorsOf(FBO* other);
     FBO(FBO const&) = delete;
     FBO& operator=(FBO const&) = delete;
     ~FBO() override;

@@ -19,6 +19,9 @@ GLComposit::GLComposit(int width, int height, bool mipmaps)
     colors.push_back(addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT));
     colors.push_back(addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT));
     Layers = Shared<GLLayer>(new GLLayer(this));
+    ColorOnly = FBO::ColorsOf(this);
+    Reduced = Shared<FBO>(new FBO(dsNone, reduced(width), reduced(height)));
+    Reduced->addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
 }
 
 void GLComposit::beginPass()
@@ -58,13 +61,15 @@ void GLComposit::objectType()
 
 void GLComposit::beginEffect()
 {
-    beginPass();
-    glDepthMask(GL_FALSE);
+    VEL_ASSERT(ColorOnly->enableDraw());
+    glDrawBuffer(GLenum(next()->attachment));
+    glViewport(0, 0, this->width, this->height);
+    gl_Depth_Test.set(false);
+    gl_Stencil_Test.set(false);
 }
 
 void GLComposit::endEffect()
 {
-    glDepthMask(GL_TRUE);
     endPass();
 }
 
@@ -78,18 +83,37 @@ void GLComposit::edgeDetection()
 
 void GLComposit::SSAO()
 {
+    float const strength = Rendering::instance().ssaoStrength;
+    Texture2D* gathered = Reduced->color(0);
+    if (strength != 0) { // at zero the apply pass copies and reads nothing gathered
+        beginReduced();
+        GLSSAOGather(DepthStencil(), Layers->NormalNormalized, gathered, SSAO_RADIUS, effectTime, SSAO_SAMPLES);
+    }
     beginEffect();
-    GLSSAO(current(), DepthStencil(), Layers->NormalNormalized, next(), SSAO_RADIUS,
-           Rendering::instance().ssaoStrength, effectTime, SSAO_SAMPLES);
+    GLSSAOApply(current(), DepthStencil(), gathered, next(), strength);
     endEffect();
 }
 
 void GLComposit::SSSS()
 {
+    float const strength = Rendering::instance().ssssStrength;
+    Texture2D* gathered = Reduced->color(0);
+    if (strength != 0) {
+        beginReduced();
+        GLSSSSGather(current(), DepthStencil(), Layers->NormalNormalized, gathered, SSAO_RADIUS, effectTime,
+                     SSAO_SAMPLES);
+    }
     beginEffect();
-    GLSSSS(current(), DepthStencil(), Layers->NormalNormalized, next(), SSAO_RADIUS,
-           Rendering::instance().ssssStrength, effectTime, SSAO_SAMPLES);
+    GLSSSSApply(current(), DepthStencil(), gathered, next(), strength);
     endEffect();
+}
+
+void GLComposit::beginReduced()
+{
+    VEL_ASSERT(Reduced->enableDraw());
+    glViewport(0, 0, Reduced->width, Reduced->height);
+    gl_Depth_Test.set(false);
+    gl_Stencil_Test.set(false);
 }
 
 bool GLComposit::resize(int w, int h)
@@ -97,6 +121,8 @@ bool GLComposit::resize(int w, int h)
     // The layer shares the depth-stencil texture: whichever resizes first remakes it.
     bool changed = FBO::resize(w, h);
     changed = Layers->resize(w, h) || changed;
+    changed = ColorOnly->resize(w, h) || changed;
+    Reduced->resize(reduced(w), reduced(h));
     return changed;
 }
 

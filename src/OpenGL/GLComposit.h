@@ -21,6 +21,8 @@ public:
     std::vector<Texture2D*> colors; // the ping-pong pair
     int index = 0;                  // the texture holding the latest picture
     bool mipmaps = false;           // the pair gets mipmaps after each composite
+    // The ping-pong pair without the depth-stencil: the passes that sample the depth draw here.
+    Shared<FBO> ColorOnly;
 
     GLComposit(int width, int height, bool mipmaps);
 
@@ -38,7 +40,13 @@ public:
 
     // ---- screen effects
     static constexpr float SSAO_RADIUS = 0.1f; // of the picture's height
-    static constexpr int SSAO_SAMPLES = 32;
+    // SSAO and SSSS gather at 1 / EFFECT_REDUCTION of the size each way, with fewer samples
+    // than a full-size pass would need: the rotating start angle, which moves with time,
+    // spreads them, and the upsample by depth keeps the silhouettes sharp.
+    static constexpr int SSAO_SAMPLES = 16;
+    static constexpr int EFFECT_REDUCTION = 2;
+    // The gathered values of SSAO and SSSS: one target at the reduced size.
+    Shared<FBO> Reduced;
     static constexpr float EDGE_LIMIT = 0.8f;  // the cosine of the angle between normals that is an edge
     float effectTime = 0.0f; // seconds; moves the noise of the sampling effects
     int effectFrame = 0;     // frames composited; changes the jitter of the rays
@@ -47,10 +55,16 @@ public:
     void edgeDetection();
     void SSAO();
     void SSSS();
-    // beginPass for a pass that reads the depth texture of this framebuffer: depth writes off,
-    // until endEffect (which ends the pass).
+    // The reduced size of a side.
+    static int reduced(int side) { return (side + EFFECT_REDUCTION - 1) / EFFECT_REDUCTION; }
+    // beginPass for a pass that samples the depth texture: it draws into ColorOnly, since
+    // sampling a texture attached to the framebuffer being drawn is undefined in GL, depth
+    // mask or not (a driver may read depth it has compressed and not yet resolved).
+    // endEffect ends the pass.
     void beginEffect();
     void endEffect();
+    // Binds Reduced for drawing over its whole size, depth and stencil tests off.
+    void beginReduced();
 
     bool resize(int width, int height) override;
 };

@@ -296,6 +296,14 @@ void GLFog(Texture2D* source, Texture2D* target, float near, float far, Vector4<
     pass.draw();
 }
 
+void GLFog(Texture2D* source, Texture2D* target, Texture2D* range, Vector4<float> const& colour, Texture2D* depth)
+{
+    FilterPass pass(Shaders().ShaderFogRange, {{"Image", source}, {"Depth", depth}, {"Range", range}}, target);
+    Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("FogColor", colour);
+    pass.draw();
+}
+
 namespace {
 // SSAO and SSSS: one loop, two programs.
 void Gather(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius,
@@ -308,6 +316,59 @@ void Gather(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D* norma
     pass.draw();
 }
 } // namespace
+
+namespace {
+// The gathered target is a whole fraction of the depth's size.
+int Reduction(Texture2D* depth, Texture2D* gathered)
+{
+    int const n = std::max(1, (depth->width() + gathered->width() - 1) / gathered->width());
+    VEL_ASSERT_MSG((depth->width() + n - 1) / n == gathered->width() && (depth->height() + n - 1) / n == gathered->height(),
+                   "a gathered target is the depth's size divided by a whole number, rounded up");
+    return n;
+}
+
+void GatherReduced(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* gathered,
+                   float radius, float time, int samples)
+{
+    FilterPass pass(shader, {{"Image", image}, {"Depth", depth}, {"Normal", normal}}, gathered);
+    Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("PARAMETERS", float(std::max(samples, 1)), radius, 0.0f);
+    Shader::setUniform("Time", time);
+    Shader::setUniform("Reduction", Reduction(depth, gathered));
+    pass.draw();
+}
+
+void Apply(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
+{
+    FilterPass pass(shader, {{"Image", image}, {"Depth", depth}, {"Gathered", gathered}}, target);
+    Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("PARAMETERS", 0.0f, 0.0f, strength);
+    Shader::setUniform("Reduction", Reduction(depth, gathered));
+    pass.draw();
+}
+} // namespace
+
+void GLSSAOGather(Texture2D* depth, Texture2D* normal, Texture2D* gathered, float radius, float time, int samples)
+{
+    // The occlusion needs no colour: the normals stand in for the unread picture.
+    GatherReduced(Shaders().ShaderSSAOGather, normal, depth, normal, gathered, radius, time, samples);
+}
+
+void GLSSSSGather(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* gathered, float radius, float time,
+                  int samples)
+{
+    GatherReduced(Shaders().ShaderSSSSGather, image, depth, normal, gathered, radius, time, samples);
+}
+
+void GLSSAOApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
+{
+    Apply(Shaders().ShaderSSAOApply, image, depth, gathered, target, strength);
+}
+
+void GLSSSSApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
+{
+    Apply(Shaders().ShaderSSSSApply, image, depth, gathered, target, strength);
+}
 
 void GLSSAO(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius, float strength,
             float time, int samples)
@@ -400,13 +461,12 @@ Vector2<float> GLMinMax(Texture2D* source)
     return GLMinMax(source, chain);
 }
 
-Vector2<float> GLMinMax(Texture2D* source, std::deque<FBOTexture*> const& chain)
+namespace {
+// The passes of the reduction; the last target stays bound.
+void Reduce(Texture2D* source, std::deque<FBOTexture*> const& chain)
 {
     VEL_ASSERT_MSG(!chain.empty() && chain.back()->width == 1 && chain.back()->height == 1,
                    "GLMinMax needs the chain of MinMaxChain, down to 1 x 1");
-    int viewport[4];
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    unsigned const drawn = FBO::DRAW_ID, read = FBO::READ_ID;
     bool const depth = source->format == GL_DEPTH_COMPONENT || source->format == GL_DEPTH_STENCIL;
 
     Texture2D* last = source;
@@ -425,15 +485,42 @@ Vector2<float> GLMinMax(Texture2D* source, std::deque<FBOTexture*> const& chain)
         }
         last = target->texture();
     }
+}
+
+// Gives back the framebuffers and viewport of its construction.
+class KeepBindings {
+public:
+    KeepBindings() { glGetIntegerv(GL_VIEWPORT, viewport); }
+    ~KeepBindings()
+    {
+        glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, drawn);
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, read);
+        FBO::DRAW_ID = drawn;
+        FBO::READ_ID = read;
+    }
+    KeepBindings(KeepBindings const&) = delete;
+    KeepBindings& operator=(KeepBindings const&) = delete;
+
+private:
+    int viewport[4] = {0, 0, 0, 0};
+    unsigned const drawn = FBO::DRAW_ID, read = FBO::READ_ID;
+};
+} // namespace
+
+void GLMinMaxReduce(Texture2D* source, std::deque<FBOTexture*> const& chain)
+{
+    KeepBindings keep;
+    Reduce(source, chain);
+}
+
+Vector2<float> GLMinMax(Texture2D* source, std::deque<FBOTexture*> const& chain)
+{
+    KeepBindings keep;
+    Reduce(source, chain);
     float range[2] = {0, 0};
     glReadBuffer(GL_COLOR_ATTACHMENT0);
     glReadPixels(0, 0, 1, 1, GL_RG, GL_FLOAT, range);
-
-    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, drawn);
-    glBindFramebuffer(GL_READ_FRAMEBUFFER, read);
-    FBO::DRAW_ID = drawn;
-    FBO::READ_ID = read;
     return {range[0], range[1]};
 }
 

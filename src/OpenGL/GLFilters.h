@@ -83,6 +83,9 @@ void GLChroma(Texture2D* source, Texture2D* target, Vector4<float> const& chroma
 // (depth 1) keep their colour.
 // Fog: from eye distance `near` to `far`, the picture turns towards colour.rgb, up to colour.a.
 void GLFog(Texture2D* source, Texture2D* target, float near, float far, Vector4<float> const& colour, Texture2D* depth);
+// The same over the range of depths in `range`, the 1 x 1 end of a GLMinMaxReduce, read on the
+// GPU: no read-back.
+void GLFog(Texture2D* source, Texture2D* target, Texture2D* range, Vector4<float> const& colour, Texture2D* depth);
 // Ambient occlusion and subsurface light of `samples` samples within `radius` (a fraction of
 // the picture's height) around each pixel, with `normal` the unit view normals; `time` moves
 // the noise of the sampling pattern. A zero strength gives the picture back.
@@ -90,6 +93,16 @@ void GLSSAO(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* ta
             float time, int samples);
 void GLSSSS(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius, float strength,
             float time, int samples);
+// The same at reduced cost, in two passes. Gather, into `gathered`, a target of 1 / n of the
+// depth's size each way (n a whole number; the caller binds its framebuffer): the occlusion (r)
+// or the mean gathered colour (rgb) of the depth texel at n times each pixel. Apply, at the
+// depth's size: the picture darkened by, or plus, strength times the gathered value, each pixel
+// taking the four nearest gathered texels weighted by how near their depth is to its own.
+void GLSSAOGather(Texture2D* depth, Texture2D* normal, Texture2D* gathered, float radius, float time, int samples);
+void GLSSSSGather(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* gathered, float radius, float time,
+                  int samples);
+void GLSSAOApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength);
+void GLSSSSApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength);
 // The reflected light of `rays` rays a pixel (to be added to the picture), at any target size;
 // the roughness comes from `roughMetal` when it is given, else it is `roughness`. `frame`
 // changes the jitter of the rays.
@@ -113,6 +126,9 @@ void GLDepthOfField(std::vector<Texture2D*> const& levels, Texture2D* depth, Tex
 // makes no texture while drawing).
 Vector2<float> GLMinMax(Texture2D* source);
 Vector2<float> GLMinMax(Texture2D* source, std::deque<FBOTexture*> const& chain);
+// The reduction alone, without the read-back: the range ends in chain.back() (min in r, max in
+// g), for a pass that reads it on the GPU. Framebuffer bindings and viewport are restored.
+void GLMinMaxReduce(Texture2D* source, std::deque<FBOTexture*> const& chain);
 // The targets of a reduction of a width x height texture: RG32F, each half the last (at least
 // 1 each way), down to 1 x 1; at least one.
 std::deque<Shared<FBOTexture>> MinMaxChain(int width, int height);

@@ -10,6 +10,7 @@
 #include "OpenGL/GLAtom.h"
 
 #include <deque>
+#include <string>
 #include <initializer_list>
 
 namespace vel {
@@ -18,6 +19,15 @@ class GLMachine {
 public:
     std::deque<GLAtom*> atoms; // in binding order; null entries are skipped
     bool enabled = false;      // true between a successful enable() and disable()
+
+    // A debug check for the GL tests, off by default: at each enable(), a texture of the list
+    // that is also attached to the bound draw framebuffer (its depth or stencil, or a colour
+    // target its draw buffers select) is a feedback loop, whose result GL leaves undefined:
+    // one driver reads the texel, another a stale or compressed one. Each is counted, and the
+    // last is described in feedbackReport.
+    static bool checkFeedback;
+    static int feedbackLoops;
+    static std::string feedbackReport;
 
     GLMachine() = default;
     GLMachine(std::initializer_list<GLAtom*> list);

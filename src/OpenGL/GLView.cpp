@@ -482,8 +482,7 @@ void GLView::shadow(Matrix4<float> const& toWorld, Matrix3<float> const& rotatio
 {
     Rendering const& r = Rendering::instance();
     ensureShadowTargets();
-    beginPass();
-    glDepthMask(GL_FALSE); // the depth texture is read while its framebuffer is bound
+    beginEffect();
     GLMachine m{ShaderManager::instance().ShaderShadowComposit, current(), DepthStencil(), Layers->NormalNormalized,
                 ShadowMap.get()};
     VEL_ASSERT(m.enable());
@@ -498,8 +497,7 @@ void GLView::shadow(Matrix4<float> const& toWorld, Matrix3<float> const& rotatio
     Shader::setUniform("iScreenToWorldRotation", rotation);
     GLFill();
     m.disable();
-    glDepthMask(GL_TRUE);
-    endPass();
+    endEffect();
 }
 
 // ---------------------------------------------------------------------------------------------

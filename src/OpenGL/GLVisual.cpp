@@ -78,6 +78,7 @@ GLVisual::GLVisual(int width, int height)
         BloomChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
         BloomChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
     }
+    LayerColors = FBO::ColorsOf(Layers.get());
     resizeEffects();
 }
 
@@ -88,6 +89,7 @@ bool GLVisual::resize(int w, int h)
     bool changed = GLComposit::resize(w, h);
     changed = ShaderLayersFbo->resize(w, h) || changed;
     changed = Transparent->resize(w, h) || changed;
+    changed = LayerColors->resize(w, h) || changed;
     changed = Blur0->resize(std::max(1, w / BlurDivisor), std::max(1, h / BlurDivisor)) || changed;
     resizeEffects();
     return changed;
@@ -95,7 +97,9 @@ bool GLVisual::resize(int w, int h)
 
 void GLVisual::resizeEffects()
 {
-    FXfbo->resize(Blur0->width, Blur0->height);
+    // Reflections are soft and few pixels show them: half of Blur0 (a quarter of the window)
+    // is enough, and the add filters them up.
+    FXfbo->resize(std::max(1, Blur0->width / 2), std::max(1, Blur0->height / 2));
     int w = Blur0->width, h = Blur0->height;
     for (Shared<FBO> const& level : BloomChain) {
         w = std::max(1, w / 2);
@@ -194,7 +198,8 @@ bool GLVisual::hasTransparent() const
 
 void GLVisual::calculateNormals(Matrix4<double> const& projectionInv)
 {
-    VEL_ASSERT(Layers->enableDraw());
+    // The layer's colour targets without the depth that the pass reads.
+    VEL_ASSERT(LayerColors->enableDraw());
     glViewport(0, 0, this->width, this->height);
     gl_Depth_Test.set(false);
     gl_Stencil_Test.set(false);
@@ -282,16 +287,14 @@ void GLVisual::compositDepth(bool autoRange)
         lo = range.x;
         hi = range.y;
     }
-    beginPass();
-    glDepthMask(GL_FALSE); // the depth texture is read while its framebuffer is bound
+    beginEffect();
     FullScreen(r.cameraType == 1 ? sm.ShaderDepthMapOrthogonal : sm.ShaderDepthMapPerspective, {{"Depth", depth}},
                [&] {
                    Shader::setUniform("NearFar", zNear, zFar);
                    Shader::setUniform("Range", lo, hi);
                    Shader::setUniform("Background", background());
                });
-    glDepthMask(GL_TRUE);
-    endPass();
+    endEffect();
 }
 
 void GLVisual::compositIDs()
@@ -443,7 +446,7 @@ void GLVisual::mixRefract()
     GLLayer* front = Transparent->Layers.get();
     Shader* shader = r.chroma != 0 ? (r.glow > 0 ? sm.ShaderMixRefractGlowChroma : sm.ShaderMixRefractChroma)
                                    : (r.glow > 0 ? sm.ShaderMixRefractGlow : sm.ShaderMixRefract);
-    beginPass();
+    beginEffect(); // both depth textures are read, and this one is ours
     GLMachine m{shader};
     for (int i = 0; i <= OpaquesMax; ++i)
         m.add(opaqueLevel(i));
@@ -465,22 +468,25 @@ void GLVisual::mixRefract()
     Shader::setUniform("wh", REFRACTION_PIXELS / float(this->width), REFRACTION_PIXELS / float(this->height));
     Shader::setUniform("chroma", r.chroma);
     Shader::setUniform("glowStrength", r.glow);
-    glDepthMask(GL_FALSE); // both depth textures are read; the target holds one of them
     GLFill();
-    glDepthMask(GL_TRUE);
     m.disable();
-    endPass();
+    endEffect();
 }
 
 // ---------------------------------------------------------------------------------------------
 // Screen effects
 
-Vector2<float> GLVisual::drawnRange()
+std::deque<FBOTexture*> GLVisual::rangeChain() const
 {
     std::deque<FBOTexture*> chain;
     for (Shared<FBOTexture> const& t : minMaxChain)
         chain.push_back(t.get());
-    Vector2<float> range = GLMinMax(DepthStencil(), chain);
+    return chain;
+}
+
+Vector2<float> GLVisual::drawnRange()
+{
+    Vector2<float> range = GLMinMax(DepthStencil(), rangeChain());
     if (range.x > range.y) // nothing was drawn
         return {zNear, zFar};
     bool const orthographic = Rendering::instance().cameraType == 1;
@@ -510,12 +516,13 @@ void GLVisual::contour()
 
 void GLVisual::fog()
 {
-    Rendering const& r = Rendering::instance();
-    Vector2<float> range = drawnRange();
+    // The range of drawn depths stays on the GPU: a read-back here would wait for the frame.
+    std::deque<FBOTexture*> const chain = rangeChain();
+    GLMinMaxReduce(DepthStencil(), chain);
     Vector4<float> colour = background();
-    colour.w = r.fogStrength;
+    colour.w = Rendering::instance().fogStrength;
     beginEffect();
-    GLFog(current(), next(), range.x, range.y, colour, DepthStencil());
+    GLFog(current(), next(), chain.back()->texture(), colour, DepthStencil());
     endEffect();
 }
 

@@ -38,6 +38,7 @@ public:
     float zFar = 10000.0f;
     Shared<GLComposit> Transparent; // the transparent pass of styles 6 and 7, without mipmaps
     Shared<FBO> ShaderLayersFbo;    // the target of the shader layers (drawn by that subsystem)
+    Shared<FBO> LayerColors;        // the colour targets of Layers without its depth (FBO::ColorsOf)
     std::bitset<2 * LISTS> contentFlags; // this frame's lists, by renderObjects
     int objectCalls = 0;            // renderObjects calls this frame; the first LISTS set the flags
     // The blurred levels of the opaque picture (colour targets 0 to OpaquesMax - 1) and the
@@ -47,7 +48,7 @@ public:
     TextureCube* sky = nullptr;
     Texture2D* brdfLUT = nullptr;
     std::deque<Shared<FBOTexture>> minMaxChain; // the reduction targets of the depth range
-    // The reflections before they are added: one target at the size of Blur0.
+    // The reflections before they are added: one target at half the size of Blur0.
     Shared<FBO> FXfbo;
     // Bloom levels below Blur0, each half the size of the one above: target 0 the level,
     // target 1 the scratch of its blur.
@@ -126,6 +127,8 @@ public:
     // The eye distances of the nearest and farthest drawn pixels; (zNear, zFar) when nothing
     // was drawn.
     Vector2<float> drawnRange();
+    // The targets of minMaxChain, in order.
+    std::deque<FBOTexture*> rangeChain() const;
 
 protected:
     // The effects' targets at the size of Blur0 and below; the depth range's reduction chain.

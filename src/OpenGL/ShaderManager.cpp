@@ -106,6 +106,13 @@ ShaderManager::ShaderManager()
     ShaderSSAO = builtin(FromFile(Path("SSAO")));
     ShaderSSSS = builtin(FromFile(Path("SSSS")));
     ShaderSSR = builtin(FromFile(Path("SSR")));
+    // ---- screen effects at reduced size
+    ShaderSSAOGather = builtin(FromFile(Path("SSAO"), "", "GATHER"));
+    ShaderSSAOApply = builtin(FromFile(Path("SSAO"), "", "APPLY"));
+    ShaderSSSSGather = builtin(FromFile(Path("SSSS"), "", "GATHER"));
+    ShaderSSSSApply = builtin(FromFile(Path("SSSS"), "", "APPLY"));
+    ShaderFogRange = builtin(FromFile(Path("FogOrthogonal"), "", "RANGE_TEXTURE"));
+    // ---- end of the reduced-size block
     ShaderEdgeDetection = builtin(FromFile(Path("EdgeDetection")));
     ShaderSimpleEdgeDetection = builtin(FromFile(Path("SimpleEdgeDetection")));
     ShaderContour = builtin(FromFile(Path("Contour")));

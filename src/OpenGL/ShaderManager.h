@@ -103,6 +103,13 @@ public:
     Shader* ShaderSSAO = nullptr;                // ambient occlusion
     Shader* ShaderSSSS = nullptr;                // subsurface light
     Shader* ShaderSSR = nullptr;                 // reflections
+    // ---- screen effects at reduced size: gathered small, applied at full size by depth
+    Shader* ShaderSSAOGather = nullptr;          // "SSAO", GATHER: occlusion only
+    Shader* ShaderSSAOApply = nullptr;           // "SSAO", APPLY: the picture darkened
+    Shader* ShaderSSSSGather = nullptr;          // "SSSS", GATHER: gathered colour only
+    Shader* ShaderSSSSApply = nullptr;           // "SSSS", APPLY: the colour added
+    Shader* ShaderFogRange = nullptr;            // "FogOrthogonal", RANGE_TEXTURE: range from the GPU
+    // ---- end of the reduced-size block
     Shader* ShaderEdgeDetection = nullptr;       // edges of ids and normals
     Shader* ShaderSimpleEdgeDetection = nullptr; // edges of ids alone
     Shader* ShaderContour = nullptr;             // outlines of objects marked for contours

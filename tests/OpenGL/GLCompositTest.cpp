@@ -5,6 +5,7 @@
 #include "GLResourceTest.h"
 
 #include "OpenGL/Camera.h"
+#include "OpenGL/GLMachine.h"
 #include "OpenGL/GLVisual.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
@@ -24,7 +25,7 @@ protected:
     {
         GLResourceTest::SetUp();
         Rendering& r = Rendering::instance();
-        saved = {r.style, r.ssaoStrength, r.ssssStrength};
+        saved = {r.style, r.ssaoStrength, r.ssssStrength, r.fogStrength};
         r.style = 4;
         visual.reset(new GLVisual(W, H));
         Camera camera;
@@ -46,12 +47,14 @@ protected:
         r.style = saved.style;
         r.ssaoStrength = saved.ssao;
         r.ssssStrength = saved.ssss;
+        r.fogStrength = saved.fog;
+        GLMachine::checkFeedback = false;
         GLResourceTest::TearDown();
     }
     std::unique_ptr<GLVisual> visual;
     struct {
         int style;
-        float ssao, ssss;
+        float ssao, ssss, fog;
     } saved{};
 };
 
@@ -91,6 +94,35 @@ TEST_F(GLCompositTest, SSAOAndSSSSChangeTheCreaseAloneAndNothingAtZeroStrength)
             for (int x = 0; x < W; ++x) // the background row
                 ASSERT_EQ(At(after, W, x, H - 1).x, At(before, W, x, H - 1).x) << x;
         }
+    }
+}
+
+// Sampling a texture that the framebuffer being drawn holds is undefined in GL, depth mask or
+// not: one driver reads the texel, another a stale or compressed one. No pass may do it.
+TEST_F(GLCompositTest, NoPassSamplesATextureOfTheFramebufferItDraws)
+{
+    Rendering& r = Rendering::instance();
+    r.ssaoStrength = r.ssssStrength = r.fogStrength = 1.0f;
+    using Pass = std::pair<char const*, std::function<void(GLVisual&)>>;
+    Pass const passes[] = {
+        {"depth composite", [](GLVisual& v) { v.compositDepth(true); }},
+        {"normals from depth", [](GLVisual& v) { v.calculateNormals(Shader::ProjectionMatrixInv); }},
+        {"edges", [](GLVisual& v) { v.edgeDetection(); }},
+        {"SSAO", [](GLVisual& v) { v.SSAO(); }},
+        {"SSSS", [](GLVisual& v) { v.SSSS(); }},
+        {"fog", [](GLVisual& v) { v.fog(); }},
+        {"SSR", [](GLVisual& v) { v.SSR(); }},
+        {"bloom", [](GLVisual& v) { v.bloom(); }},
+        {"tonemap", [](GLVisual& v) { v.tonemap(); }},
+        {"chromatic aberration", [](GLVisual& v) { v.chromaticAberration(); }},
+        {"depth of field", [](GLVisual& v) { v.depthOfField(); }},
+        {"contours", [](GLVisual& v) { v.contour(); }},
+    };
+    GLMachine::checkFeedback = true;
+    for (Pass const& pass : passes) {
+        GLMachine::feedbackLoops = 0;
+        pass.second(*visual);
+        EXPECT_EQ(GLMachine::feedbackLoops, 0) << pass.first << ": " << GLMachine::feedbackReport;
     }
 }
 

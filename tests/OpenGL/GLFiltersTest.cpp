@@ -214,6 +214,43 @@ TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
     }
 }
 
+// The apply passes of the reduced SSAO and SSSS upsample by depth: nothing gathered on the far
+// side of a silhouette reaches the near side or the other way round, and the background
+// keeps its colour. Columns 0 to 2 are near, 3 to 5 far, the top row background; the gathered
+// texels (3 x 2) of the far column hold 1 (SSAO: full occlusion; SSSS: colour 0.25).
+TEST_F(GLFiltersTest, ReducedSSAOAndSSSSUpsampleByDepth)
+{
+    Pixels depth, gathered;
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x)
+            depth.insert(depth.end(), {y == H - 1 ? 1.0f : x < 3 ? 0.3f : 0.9f, 0, 0, 0});
+    for (int y = 0; y < H / 2; ++y)
+        for (int x = 0; x < W / 2; ++x) {
+            float v = x == 2 ? 1.0f : 0.0f;
+            gathered.insert(gathered.end(), {v, v, v, 0});
+        }
+    Shared<Texture2D> image = Upload(Constant(0.5f, 0.5f, 0.5f, 1.0f)), depthTexture = Upload(depth),
+                      gatheredTexture = Upload(gathered, W / 2, H / 2);
+    Shader::ProjectionMatrixInv = Matrix4<double>();
+    struct Case {
+        char const* name;
+        void (*apply)(Texture2D*, Texture2D*, Texture2D*, Texture2D*, float);
+        float strength, far; // the far side's value
+    };
+    Case const cases[] = {
+        {"SSAO", GLSSAOApply, 1.0f, 0.0f},
+        {"SSSS", GLSSSSApply, 0.25f, 0.75f},
+    };
+    for (Case const& test : cases) {
+        SCOPED_TRACE(test.name);
+        test.apply(image.get(), depthTexture.get(), gatheredTexture.get(), target, test.strength);
+        Pixels out = read(target);
+        for (int y = 0; y < H; ++y)
+            for (int x = 0; x < W; ++x)
+                ASSERT_NEAR(out[size_t(y * W + x) * 4], y == H - 1 || x < 3 ? 0.5f : test.far, 2e-3f) << x << ", " << y;
+    }
+}
+
 TEST_F(GLFiltersTest, NoiseOfSomeStrengthChangesThePictureByAtMostHalfOfIt)
 {
     Pixels p = Constant(0.5f, 0.5f, 0.5f, 1.0f);

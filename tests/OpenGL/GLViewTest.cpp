@@ -103,8 +103,8 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
                 Shader* shader;
                 bool solidOnly;
             };
-            Step const order[] = {{sm.ShaderEdgeDetection, false}, {sm.ShaderSSAO, true},
-                                  {sm.ShaderSSSS, true},          {sm.ShaderFogOrthogonal, true},
+            Step const order[] = {{sm.ShaderEdgeDetection, false}, {sm.ShaderSSAOApply, true},
+                                  {sm.ShaderSSSSApply, true},     {sm.ShaderFogRange, true},
                                   {sm.ShaderSSR, true},           {sm.ShaderFilterThresholdMul, false},
                                   {sm.ShaderTonemapUncharted2, false}, {sm.ShaderFilterChroma, false},
                                   {sm.ShaderFilterDepthOfField, false}};

@@ -18,7 +18,9 @@ void main()
     // A transparent surface behind the opaque one is hidden by it.
     bool visible = texture(TransparentDepth, vUV).r < texture(OpaqueDepth, vUV).r;
     float alpha = texture(Transparent, vUV).a;
-    vec2 N = alpha > 0.0 && visible ? texture(Refraction, vUV).a * wh * texture(Normal, vUV).xy : vec2(0.0);
+    // Sampled outside the choice: implicit derivatives are undefined in non-uniform control flow.
+    vec2 bend = texture(Refraction, vUV).a * wh * texture(Normal, vUV).xy;
+    vec2 N = alpha > 0.0 && visible ? bend : vec2(0.0);
     float r = sqrt(clamp(texture(Material, vUV).r, 0.0, 1.0)) * 4.0;
     r = alpha > 0.0 && visible ? r : 0.0;
     vec4 opaque = blurred(vUV - N, r);

@@ -8,13 +8,18 @@
 // and MAX_DISTANCE, with v the direction to the sample's view position and l its distance over
 // the pixel's own view depth, so that the effect does not depend on the scene's units. Samples
 // outside the picture or on the background (depth 1) weigh nothing; a background pixel gathers
-// nothing at all. Includes are not nested: the including file includes ScreenSpace first.
+// nothing at all. With GATHER the target is smaller: each of its pixels gathers for the depth
+// texel at "Reduction" times its position. Includes are not nested: the including file
+// includes ScreenSpace first.
 uniform mat4 ProjectionMatrixInv;
 uniform sampler2D Image;
 uniform sampler2D Depth;
 uniform sampler2D Normal;
 uniform vec3 PARAMETERS; // samples, radius, strength
 uniform float Time;
+#ifdef GATHER
+uniform int Reduction; // the target is this many times smaller than the depth, each way
+#endif
 in vec2 vUV;
 out vec4 oColor;
 
@@ -31,7 +36,11 @@ Gathered Gather()
 {
     Gathered g = Gathered(0.0, vec3(0.0), max(int(PARAMETERS.x), 1));
     ivec2 size = textureSize(Depth, 0);
+#ifdef GATHER
+    ivec2 pixel = min(ivec2(gl_FragCoord.xy) * Reduction, size - 1);
+#else
     ivec2 pixel = ivec2(gl_FragCoord.xy);
+#endif
     float d = texelFetch(Depth, pixel, 0).r;
     if (d >= 1.0)
         return g;
