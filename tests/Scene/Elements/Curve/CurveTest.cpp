@@ -189,9 +189,11 @@ TEST(CurveEdits, SubdivisionDoublesEdgesKeepsSharpPointsAndOpenEnds)
         for (CurveEdge const& e : c->edges)
             ends += (e.e[0] < 0) + (e.e[1] < 0);
         EXPECT_EQ(ends, k.openEnds);
-        for (size_t v = 0; v < before.size(); ++v)
-            if (before[v].is(CurveVert::SHARP) || c->findNeighbours(int(v)).size() < 2)
+        for (size_t v = 0; v < before.size(); ++v) {
+            if (before[v].is(CurveVert::SHARP) || c->findNeighbours(int(v)).size() < 2) {
                 EXPECT_EQ(c->verts[v].position, before[v].position) << "vertex " << v;
+            }
+        }
     }
     std::unique_ptr<Curve> ring(Curve::NGon(5, false));
     Vector3<float> p = ring->verts[0].position;
