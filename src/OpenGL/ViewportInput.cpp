@@ -11,6 +11,7 @@
 #include "OpenGL/Keyboard.h"
 #include "OpenGL/Mouse.h"
 #include "OpenGL/Rendering.h"
+#include "OpenGL/SculptGesture.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/ViewportActions.h"
@@ -25,6 +26,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace vel {
 
@@ -156,10 +158,21 @@ char const* ViewportInput::RelativeName(int r)
 
 std::vector<std::string> ViewportInput::statusLines() const
 {
+    bool const sculpting = iActionMode == MODE_SCULPT;
     std::string const action =
-        iActionMode == MODE_SCULPT ? SculptActionName(iSculptAction) : AssembleActionName(iAssembleAction);
-    return {action, std::string("Frame: ") + FrameTypeName(frameType),
-            std::string("Proj: ") + ProjectionName(projectionMode), RelativeName(relative)};
+        sculpting ? SculptActionName(Sculptor::gSculptAction) : AssembleActionName(iAssembleAction);
+    std::vector<std::string> lines = {action, std::string("Frame: ") + FrameTypeName(frameType),
+                                      std::string("Proj: ") + ProjectionName(projectionMode),
+                                      RelativeName(relative)};
+    if (sculpting) {
+        // The brush of the action as the keys leave it: size, strength, falloff, elevation.
+        BrushProperties const& b = *GetBrushes()[Sculptor::gSculptAction].object;
+        char text[96];
+        std::snprintf(text, sizeof text, "Brush: %.0f px  S %.2f  F %.2f  E %.2f", double(BrushSize),
+                      double(b.strength), double(b.falloff), double(b.elevation));
+        lines.push_back(text);
+    }
+    return lines;
 }
 
 bool ViewportInput::linked() const

@@ -580,6 +580,8 @@ def scenario_sculpt(app):
     app.xdo("mousemove", "60", "60")
     # Away from the sphere, nothing hovered: no tint on the pictures compared.
     before = settled(app, "the pointer away", lambda s: s.get("mouse") == "60,60" and s.get("hover") == "0")
+    check(before.get("status", "").startswith("Clay|") and "|Brush: " in before.get("status", ""),
+          "the status panel does not show the brush: %r" % before.get("status"))
     plain = app.shot("plain")
     # A press, a second's wait, small steps with pauses, a wait, a release: every step is a
     # frame or more, whatever the machine's load.
