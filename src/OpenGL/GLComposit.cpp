@@ -20,8 +20,19 @@ GLComposit::GLComposit(int width, int height, bool mipmaps)
     colors.push_back(addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT));
     Layers = Shared<GLLayer>(new GLLayer(this));
     ColorOnly = FBO::ColorsOf(this);
+    DepthCopy = Shared<FBO>(new FBO(dsDepthStencil, width, height));
     Reduced = Shared<FBO>(new FBO(dsNone, reduced(width), reduced(height)));
     Reduced->addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+}
+
+Texture2D* GLComposit::copyDepth()
+{
+    VEL_ASSERT(enableRead());
+    VEL_ASSERT(DepthCopy->enableDraw());
+    glBlitFramebuffer(0, 0, width, height, 0, 0, width, height, GL_DEPTH_BUFFER_BIT, GL_NEAREST);
+    FBO::disable(fbRead);
+    FBO::disable(fbDraw);
+    return DepthCopy->DepthStencil();
 }
 
 void GLComposit::beginPass()
@@ -122,6 +133,7 @@ bool GLComposit::resize(int w, int h)
     bool changed = FBO::resize(w, h);
     changed = Layers->resize(w, h) || changed;
     changed = ColorOnly->resize(w, h) || changed;
+    DepthCopy->resize(w, h);
     Reduced->resize(reduced(w), reduced(h));
     return changed;
 }

@@ -65,6 +65,11 @@ public:
     void endEffect();
     // Binds Reduced for drawing over its whole size, depth and stencil tests off.
     void beginReduced();
+    // A copy of the depth-stencil, for passes that sample the depth while it stays attached
+    // for their stencil or depth test (the shader layers). Made at each call; the draw and
+    // read framebuffers are left unbound.
+    Texture2D* copyDepth();
+    Shared<FBO> DepthCopy;
 
     bool resize(int width, int height) override;
 };

@@ -328,6 +328,10 @@ void ShaderLayer::run(GLVisual& view, ShaderLayerUniforms const& u, Shader* shad
     bool const pbr = Rendering::hasMaterials(Rendering::instance().style);
     GLLayer* const layer = view.Layers.get();
     int targetWidth = view.width, targetHeight = view.height;
+    // The depth the layer reads is a copy: the real one stays attached below for the
+    // stencil and depth tests, and GL leaves sampling an attached texture undefined.
+    bool const readsDepth = shader && shader->compile() && glGetUniformLocation(shader->program, "iDepth") >= 0;
+    Texture2D* const depth = readsDepth ? view.copyDepth() : nullptr;
     if (custom) {
         VEL_ASSERT(fbo->enableDraw());
         targetWidth = fbo->width;
@@ -375,8 +379,9 @@ void ShaderLayer::run(GLVisual& view, ShaderLayerUniforms const& u, Shader* shad
         Texture* texture;
     };
     std::vector<Input> inputs = {
-        {"iDepth", view.DepthStencil()},
-        {"iNormal", layer->Normal},
+        {"iDepth", depth},
+        // A geometry layer draws into the G-buffer: it cannot also read it (undefined in GL).
+        {"iNormal", composite ? layer->Normal : nullptr},
         {"iObjectItemsElement", layer->ObjectItemsElement},
         {"iComponentPatchFace", layer->ComponentPatchFaces},
         {"iNoise", Texture2D::Random.get()},
@@ -385,9 +390,8 @@ void ShaderLayer::run(GLVisual& view, ShaderLayerUniforms const& u, Shader* shad
     if (composite)
         inputs.push_back({"iImage", view.current()});
     else if (pbr)
-        for (Input in : {Input{"iRoughMetal", layer->RoughMetal}, Input{"iColorAlpha", layer->ColorAlpha},
-                         Input{"iLightThick", layer->LightThick}})
-            inputs.push_back(in);
+        for (char const* name : {"iRoughMetal", "iColorAlpha", "iLightThick"})
+            inputs.push_back({name, nullptr});
     static char const* const slotNames[SAMPLERS] = {"iTex0", "iTex1", "iTex2", "iTex3",
                                                     "iTex4", "iTex5", "iTex6", "iTex7"};
     for (int i = 0; i < SAMPLERS; ++i) {

@@ -3,6 +3,7 @@
 #include "FrameTestSupport.h"
 
 #include "OpenGL/FBODoubleBuffer.h"
+#include "OpenGL/GLMachine.h"
 #include "OpenGL/GLView.h"
 #include "OpenGL/Rendering.h"
 #include "OpenGL/Shader.h"
@@ -84,6 +85,32 @@ TEST_F(ShaderLayerTest, EachGroupActsAtItsPointOfTheFrame)
     // All layers off: the plain picture.
     ShaderLayer::ActiveAll = false;
     EXPECT_NEAR(At(Frame(), W, 1, 1).y, background.y, 0.02f);
+}
+
+// Layers read the frame's depth through a copy: never the depth-stencil their own stencil and
+// depth tests keep attached, which GL leaves undefined to sample.
+TEST_F(ShaderLayerTest, LayersReadTheDepthWithoutSamplingWhatTheyDrawInto)
+{
+    AddBox();
+    char const* const DEPTH_SURFACE = "void main() { float d = texelFetch(iDepth, ivec2(gl_FragCoord.xy), 0).r;\n"
+                                      "oNormal = fNormal(vec3(0, 0, 1), 0); oRoughMetal = vec2(1, 0);\n"
+                                      "oColorAlpha = vec4(d, d, d, 1); oLightThick = vec4(0); }\n";
+    char const* const DEPTH_IMAGE = "void main() { oColor = vec4(vec3(texelFetch(iDepth, ivec2(gl_FragCoord.xy), 0).r), 1); }\n";
+    GLMachine::checkFeedback = true;
+    for (int group : {0, 1, 2, 3}) {
+        Add(group, group <= 1 ? DEPTH_SURFACE : DEPTH_IMAGE);
+        GLMachine::feedbackLoops = 0;
+        std::vector<float> pixels = Frame();
+        EXPECT_EQ(GLMachine::feedbackLoops, 0) << "group " << group << ": " << GLMachine::feedbackReport;
+        if (group >= 2) {
+            EXPECT_NEAR(At(pixels, W, 1, 1).x, 1.0f, 1e-3f) << "group " << group; // the background's depth
+            float const box = At(pixels, W, W / 2, H / 2).x;
+            EXPECT_GT(box, 0.01f) << "group " << group;
+            EXPECT_LT(box, 0.999f) << "group " << group;
+        }
+        Rendering::instance().ShaderLayers[group].clear();
+    }
+    GLMachine::checkFeedback = false;
 }
 
 TEST_F(ShaderLayerTest, ABufferLayerReadingItsOutputCountsFrames)
