@@ -1,6 +1,7 @@
 // The screen effects at 1280x800 on the tests' surfaceless context (llvmpipe by default, a GPU
 // where the driver offers one): each effect alone on a composited PBR frame of three spheres,
-// and the whole chain with every effect on. glFinish is inside the timing.
+// and the whole chain with every effect on. glFinish is inside the timing. The CPU column is the
+// whole process's, rasteriser threads included: on a busy machine it is the steadier figure.
 #include "SphereScene.h"
 
 #include "OpenGL/GLView.h"
@@ -68,7 +69,11 @@ void BM_Effect(benchmark::State& state)
     });
     state.SetLabel(std::string(effect.name) + ", 1280x800");
 }
-BENCHMARK(BM_Effect)->DenseRange(0, int(std::size(EFFECTS)) - 1)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Effect)
+    ->DenseRange(0, int(std::size(EFFECTS)) - 1)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
 
 // The chain of step 18 with every effect on, and the contours before it.
 void BM_EffectChain(benchmark::State& state)
@@ -82,6 +87,6 @@ void BM_EffectChain(benchmark::State& state)
     });
     state.SetLabel("every effect, 1280x800");
 }
-BENCHMARK(BM_EffectChain)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_EffectChain)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 } // namespace

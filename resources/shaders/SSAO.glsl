@@ -1,8 +1,10 @@
 // SSAO: ambient occlusion in screen space: the picture "Image" darkened by the occlusion that
 // the samples of ScreenSpaceGather find, times the strength "PARAMETERS".z. A zero strength, an
 // open plane and the background keep the picture as it is.
-// GATHER: only the occlusion, into r of a target at 1 / "Reduction" of the depth's size.
-// APPLY: the picture darkened by that occlusion, upsampled by depth (Include/Upsample).
+// GATHER: only the occlusion, into r of a target at 1 / "Reduction" of the depth's size, with the
+// view depth it was gathered for in a.
+// APPLY: the factor 1 - strength * occlusion, the occlusion upsampled by depth
+// (Include/Upsample), to multiply the picture by blending.
 ##VERTEX
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
@@ -14,8 +16,8 @@
 #include ":/shaders/Include/Upsample.glsl"
 void main()
 {
-    vec4 c, value;
-    oColor = PictureAndGathered(ivec2(gl_FragCoord.xy), c, value) ? vec4(c.rgb * (1.0 - PARAMETERS.z * value.r), c.a) : c;
+    vec4 value;
+    oColor = GatheredAt(ivec2(gl_FragCoord.xy), value) ? vec4(vec3(1.0 - PARAMETERS.z * value.r), 1.0) : vec4(1.0);
 }
 #else
 #include ":/shaders/Include/ScreenSpaceGather.glsl"
@@ -25,7 +27,7 @@ void main()
     // Twice the mean: a crease of two perpendicular planes comes out at about half the light.
     float occlusion = clamp(2.0 * g.weight / float(g.samples), 0.0, 1.0);
 #ifdef GATHER
-    oColor = vec4(occlusion, 0.0, 0.0, 0.0);
+    oColor = vec4(occlusion, 0.0, 0.0, g.z);
 #else
     vec4 c = texelFetch(Image, ivec2(gl_FragCoord.xy), 0);
     oColor = vec4(c.rgb * (1.0 - PARAMETERS.z * occlusion), c.a);

@@ -22,7 +22,8 @@ GLComposit::GLComposit(int width, int height, bool mipmaps)
     ColorOnly = FBO::ColorsOf(this);
     DepthCopy = Shared<FBO>(new FBO(dsDepthStencil, width, height));
     Reduced = Shared<FBO>(new FBO(dsNone, reduced(width), reduced(height)));
-    Reduced->addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+    // Full floats: the view depths in a weigh the upsample, and half floats are slower to read here.
+    Reduced->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
 }
 
 Texture2D* GLComposit::copyDepth()
@@ -96,13 +97,14 @@ void GLComposit::SSAO()
 {
     float const strength = Rendering::instance().ssaoStrength;
     Texture2D* gathered = Reduced->color(0);
-    if (strength != 0) { // at zero the apply pass copies and reads nothing gathered
+    if (strength != 0) { // at zero the apply pass multiplies by 1 and reads nothing gathered
         beginReduced();
         GLSSAOGather(DepthStencil(), Layers->NormalNormalized, gathered, SSAO_RADIUS, effectTime, SSAO_SAMPLES);
     }
-    beginEffect();
-    GLSSAOApply(current(), DepthStencil(), gathered, next(), strength);
-    endEffect();
+    Texture2D* depth = copyDepth();
+    beginInPlace(true);
+    GLSSAOApply(depth, gathered, current(), strength);
+    endInPlace();
 }
 
 void GLComposit::SSSS()
@@ -114,9 +116,10 @@ void GLComposit::SSSS()
         GLSSSSGather(current(), DepthStencil(), Layers->NormalNormalized, gathered, SSAO_RADIUS, effectTime,
                      SSAO_SAMPLES);
     }
-    beginEffect();
-    GLSSSSApply(current(), DepthStencil(), gathered, next(), strength);
-    endEffect();
+    Texture2D* depth = copyDepth();
+    beginInPlace(true);
+    GLSSSSApply(depth, gathered, current(), strength);
+    endInPlace();
 }
 
 void GLComposit::beginReduced()
@@ -125,6 +128,30 @@ void GLComposit::beginReduced()
     glViewport(0, 0, Reduced->width, Reduced->height);
     gl_Depth_Test.set(false);
     gl_Stencil_Test.set(false);
+}
+
+void GLComposit::beginInPlace(bool surfaces)
+{
+    VEL_ASSERT(enableDraw());
+    glDrawBuffer(GLenum(current()->attachment));
+    glViewport(0, 0, this->width, this->height);
+    gl_Stencil_Test.set(false);
+    gl_Depth_Test.set(surfaces);
+    if (surfaces) {
+        glDepthMask(GL_FALSE);
+        glDepthFunc(GL_GREATER);
+        glDepthRange(1.0, 1.0);
+    }
+}
+
+void GLComposit::endInPlace()
+{
+    glDepthRange(0.0, 1.0);
+    glDepthFunc(GL_LESS);
+    glDepthMask(GL_TRUE);
+    gl_Depth_Test.set(false);
+    if (mipmaps)
+        current()->generateMipMaps(-1);
 }
 
 bool GLComposit::resize(int w, int h)

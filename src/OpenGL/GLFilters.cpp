@@ -43,11 +43,11 @@ ShaderManager& Shaders()
     return ShaderManager::instance();
 }
 
-// Additive blending for the passes after the first of a sum; the caller's state comes back
-// when this goes out of scope.
-class AdditiveBlend {
+// The caller's blending state, given back when this goes out of scope; the static setters
+// choose how a pass combines with what its target holds.
+class SavedBlend {
 public:
-    AdditiveBlend()
+    SavedBlend()
     {
         wasEnabled = glIsEnabled(GL_BLEND) == GL_TRUE;
         glGetIntegerv(GL_BLEND_SRC_RGB, &srcRGB);
@@ -57,7 +57,7 @@ public:
         glGetIntegerv(GL_BLEND_EQUATION_RGB, &equationRGB);
         glGetIntegerv(GL_BLEND_EQUATION_ALPHA, &equationAlpha);
     }
-    ~AdditiveBlend()
+    ~SavedBlend()
     {
         glBlendEquationSeparate(GLenum(equationRGB), GLenum(equationAlpha));
         glBlendFuncSeparate(GLenum(srcRGB), GLenum(dstRGB), GLenum(srcAlpha), GLenum(dstAlpha));
@@ -66,22 +66,37 @@ public:
         else
             glDisable(GL_BLEND);
     }
-    AdditiveBlend(AdditiveBlend const&) = delete;
-    AdditiveBlend& operator=(AdditiveBlend const&) = delete;
+    SavedBlend(SavedBlend const&) = delete;
+    SavedBlend& operator=(SavedBlend const&) = delete;
 
-    // On for `add`, off for a pass that replaces what the target holds.
-    static void set(bool add)
+    // target + source for `add`; off for a pass that replaces what the target holds.
+    static void setAdd(bool add)
     {
         if (!add) {
             glDisable(GL_BLEND);
             return;
         }
-        glEnable(GL_BLEND);
-        glBlendEquation(GL_FUNC_ADD);
-        glBlendFunc(GL_ONE, GL_ONE);
+        set(GL_ONE, GL_ONE, GL_ONE, GL_ONE);
     }
+    // target + factor * source.
+    static void setScaledAdd(float factor)
+    {
+        glBlendColor(factor, factor, factor, factor);
+        set(GL_CONSTANT_COLOR, GL_ONE, GL_CONSTANT_ALPHA, GL_ONE);
+    }
+    // target.rgb * source.rgb, the target's alpha kept.
+    static void setMultiply() { set(GL_ZERO, GL_SRC_COLOR, GL_ZERO, GL_ONE); }
+    // mix(target.rgb, source.rgb, source.a), the target's alpha kept.
+    static void setOver() { set(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE); }
 
 private:
+    static void set(GLenum srcColour, GLenum dstColour, GLenum srcA, GLenum dstA)
+    {
+        glEnable(GL_BLEND);
+        glBlendEquation(GL_FUNC_ADD);
+        glBlendFuncSeparate(srcColour, dstColour, srcA, dstA);
+    }
+
     bool wasEnabled = false;
     int srcRGB = GL_ONE, dstRGB = GL_ZERO, srcAlpha = GL_ONE, dstAlpha = GL_ZERO;
     int equationRGB = GL_FUNC_ADD, equationAlpha = GL_FUNC_ADD;
@@ -196,10 +211,10 @@ void GLAdd(std::vector<Texture2D*> const& sources, Texture2D* target, bool accum
     Shader* const byCount[] = {nullptr, shaders.ShaderCopy, shaders.ShaderFilterAdd2, shaders.ShaderFilterAdd3,
                                shaders.ShaderFilterAdd4, shaders.ShaderFilterAdd5};
     char const* const names[] = {"Image0", "Image1", "Image2", "Image3", "Image4"};
-    AdditiveBlend saved;
+    SavedBlend saved;
     for (size_t first = 0; first < sources.size(); first += 5) {
         size_t count = std::min<size_t>(5, sources.size() - first);
-        AdditiveBlend::set(accumulate || first > 0);
+        SavedBlend::setAdd(accumulate || first > 0);
         BindDrawBuffer(target);
         GLMachine m;
         m.add(byCount[count]);
@@ -212,12 +227,20 @@ void GLAdd(std::vector<Texture2D*> const& sources, Texture2D* target, bool accum
     }
 }
 
+void GLAddScaled(Texture2D* source, float factor, Texture2D* target)
+{
+    SavedBlend saved;
+    SavedBlend::setScaledAdd(factor);
+    FilterPass pass(Shaders().ShaderCopy, {{"Image", source}}, target);
+    pass.draw();
+}
+
 void GLAddMipMaps(std::vector<Texture2D*> const& sources, int level, Texture2D* target)
 {
     VEL_ASSERT_MSG(!sources.empty(), "GLAddMipMaps needs at least one source");
-    AdditiveBlend saved;
+    SavedBlend saved;
     for (size_t first = 0; first < sources.size(); first += 2) {
-        AdditiveBlend::set(first > 0);
+        SavedBlend::setAdd(first > 0);
         bool pair = first + 1 < sources.size();
         if (pair) {
             FilterPass pass(Shaders().ShaderFilterAdd2MipMaps, {{"Image0", sources[first]}, {"Image1", sources[first + 1]}},
@@ -304,6 +327,16 @@ void GLFog(Texture2D* source, Texture2D* target, Texture2D* range, Vector4<float
     pass.draw();
 }
 
+void GLFogOver(Texture2D* range, Vector4<float> const& colour, Texture2D* depth, Texture2D* target)
+{
+    SavedBlend saved;
+    SavedBlend::setOver();
+    FilterPass pass(Shaders().ShaderFogRangeOver, {{"Depth", depth}, {"Range", range}}, target);
+    Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
+    Shader::setUniform("FogColor", colour);
+    pass.draw();
+}
+
 namespace {
 // SSAO and SSSS: one loop, two programs.
 void Gather(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius,
@@ -338,9 +371,9 @@ void GatherReduced(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D
     pass.draw();
 }
 
-void Apply(Shader* shader, Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
+void Apply(Shader* shader, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
 {
-    FilterPass pass(shader, {{"Image", image}, {"Depth", depth}, {"Gathered", gathered}}, target);
+    FilterPass pass(shader, {{"Depth", depth}, {"Gathered", gathered}}, target);
     Shader::setUniform("ProjectionMatrixInv", Matrix4<float>(Shader::ProjectionMatrixInv));
     Shader::setUniform("PARAMETERS", 0.0f, 0.0f, strength);
     Shader::setUniform("Reduction", Reduction(depth, gathered));
@@ -360,14 +393,18 @@ void GLSSSSGather(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture
     GatherReduced(Shaders().ShaderSSSSGather, image, depth, normal, gathered, radius, time, samples);
 }
 
-void GLSSAOApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
+void GLSSAOApply(Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
 {
-    Apply(Shaders().ShaderSSAOApply, image, depth, gathered, target, strength);
+    SavedBlend saved;
+    SavedBlend::setMultiply();
+    Apply(Shaders().ShaderSSAOApply, depth, gathered, target, strength);
 }
 
-void GLSSSSApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
+void GLSSSSApply(Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength)
 {
-    Apply(Shaders().ShaderSSSSApply, image, depth, gathered, target, strength);
+    SavedBlend saved;
+    SavedBlend::setAdd(true);
+    Apply(Shaders().ShaderSSSSApply, depth, gathered, target, strength);
 }
 
 void GLSSAO(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* target, float radius, float strength,

@@ -45,6 +45,9 @@ void GLAdd(std::vector<Texture2D*> const& sources, Texture2D* target, bool accum
 // The sum of the mip levels 0 to `level` of every source (two a pass, further passes blended
 // additively). The sources' mipmaps must be made first.
 void GLAddMipMaps(std::vector<Texture2D*> const& sources, int level, Texture2D* target);
+// `source` times `factor` added to what `target` holds, in place by blending; the blending
+// state is restored.
+void GLAddScaled(Texture2D* source, float factor, Texture2D* target);
 // mix(a, b, factor).
 void GLMix(Texture2D* a, Texture2D* b, float factor, Texture2D* target);
 // Per pixel the picture whose depth is nearer (smaller); `factor` is how much of the farther
@@ -86,6 +89,8 @@ void GLFog(Texture2D* source, Texture2D* target, float near, float far, Vector4<
 // The same over the range of depths in `range`, the 1 x 1 end of a GLMinMaxReduce, read on the
 // GPU: no read-back.
 void GLFog(Texture2D* source, Texture2D* target, Texture2D* range, Vector4<float> const& colour, Texture2D* depth);
+// The same blended over `target` in place: it reads no picture.
+void GLFogOver(Texture2D* range, Vector4<float> const& colour, Texture2D* depth, Texture2D* target);
 // Ambient occlusion and subsurface light of `samples` samples within `radius` (a fraction of
 // the picture's height) around each pixel, with `normal` the unit view normals; `time` moves
 // the noise of the sampling pattern. A zero strength gives the picture back.
@@ -95,14 +100,17 @@ void GLSSSS(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* ta
             float time, int samples);
 // The same at reduced cost, in two passes. Gather, into `gathered`, a target of 1 / n of the
 // depth's size each way (n a whole number; the caller binds its framebuffer): the occlusion (r)
-// or the mean gathered colour (rgb) of the depth texel at n times each pixel. Apply, at the
-// depth's size: the picture darkened by, or plus, strength times the gathered value, each pixel
-// taking the four nearest gathered texels weighted by how near their depth is to its own.
+// or the mean gathered colour (rgb) of the depth texel at n times each pixel, and that texel's
+// view depth (a). Apply, at the depth's size, blended over `target`, which holds the picture:
+// the picture times 1 - strength * occlusion, or plus strength times the gathered colour, each
+// pixel taking the four nearest gathered texels weighted by how near their depth is to its own.
+// Apply reads no picture, so the frame runs it in place, and its depth test spares the
+// background; blending state is restored.
 void GLSSAOGather(Texture2D* depth, Texture2D* normal, Texture2D* gathered, float radius, float time, int samples);
 void GLSSSSGather(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* gathered, float radius, float time,
                   int samples);
-void GLSSAOApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength);
-void GLSSSSApply(Texture2D* image, Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength);
+void GLSSAOApply(Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength);
+void GLSSSSApply(Texture2D* depth, Texture2D* gathered, Texture2D* target, float strength);
 // The reflected light of `rays` rays a pixel (to be added to the picture), at any target size;
 // the roughness comes from `roughMetal` when it is given, else it is `roughness`. `frame`
 // changes the jitter of the rays.

@@ -68,15 +68,15 @@ GLVisual::GLVisual(int width, int height)
     , Blur0(new FBO(dsNone, std::max(1, width / BlurDivisor), std::max(1, height / BlurDivisor)))
 {
     ShaderLayersFbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
-    for (int i = 0; i <= OpaquesMax; ++i)
-        Blur0->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    Blur0->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    Blur0->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
     // The effects' targets are described here and follow each resize, so that no frame makes one.
     FXfbo = Shared<FBO>(new FBO(dsNone, Blur0->width, Blur0->height));
     FXfbo->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
-    for (int i = 0; i < BloomLevels; ++i) {
-        BloomChain.emplace_back(new FBO(dsNone, 1, 1));
-        BloomChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
-        BloomChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+    for (int i = 0; i < ChainLevels; ++i) {
+        BlurChain.emplace_back(new FBO(dsNone, 1, 1));
+        BlurChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
+        BlurChain.back()->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT);
     }
     LayerColors = FBO::ColorsOf(Layers.get());
     resizeEffects();
@@ -101,7 +101,7 @@ void GLVisual::resizeEffects()
     // is enough, and the add filters them up.
     FXfbo->resize(std::max(1, Blur0->width / 2), std::max(1, Blur0->height / 2));
     int w = Blur0->width, h = Blur0->height;
-    for (Shared<FBO> const& level : BloomChain) {
+    for (Shared<FBO> const& level : BlurChain) {
         w = std::max(1, w / 2);
         h = std::max(1, h / 2);
         level->resize(w, h);
@@ -418,21 +418,34 @@ void GLVisual::compositPBR(GLComposit* target, bool opaque, float time)
 
 Texture2D* GLVisual::opaqueLevel(int n) const
 {
-    return n == 0 ? current() : Blur0->color(n - 1);
+    if (n == 0)
+        return current();
+    return n == 1 ? Blur0->color(0) : BlurChain[size_t(n - 2)]->color(0);
+}
+
+std::vector<Texture2D*> GLVisual::blurDown()
+{
+    // Blur0 is bound by the caller, which filled its level.
+    std::vector<Texture2D*> levels{Blur0->color(0)};
+    GLBlur(levels.back(), Blur0->color(1), 1, false);
+    for (Shared<FBO> const& level : BlurChain) {
+        VEL_ASSERT(level->enableDraw());
+        glViewport(0, 0, level->width, level->height);
+        GLCopy(levels.back(), level->color(0));
+        GLBlur(level->color(0), level->color(1), 1, false);
+        levels.push_back(level->color(0));
+    }
+    return levels;
 }
 
 void GLVisual::blurLevels()
 {
-    // Each level is the one before, copied down and blurred once more, in place.
     gl_Depth_Test.set(false);
     gl_Stencil_Test.set(false);
     VEL_ASSERT(Blur0->enableDraw());
     glViewport(0, 0, Blur0->width, Blur0->height);
-    Texture2D* scratch = Blur0->color(OpaquesMax);
-    for (int level = 1; level <= OpaquesMax; ++level) {
-        GLCopy(opaqueLevel(level - 1), opaqueLevel(level));
-        GLBlur(opaqueLevel(level), scratch, 1, false);
-    }
+    GLCopy(current(), Blur0->color(0));
+    blurDown();
 }
 
 void GLVisual::mixRefract()
@@ -521,9 +534,10 @@ void GLVisual::fog()
     GLMinMaxReduce(DepthStencil(), chain);
     Vector4<float> colour = background();
     colour.w = Rendering::instance().fogStrength;
-    beginEffect();
-    GLFog(current(), next(), chain.back()->texture(), colour, DepthStencil());
-    endEffect();
+    Texture2D* depth = copyDepth();
+    beginInPlace(true);
+    GLFogOver(chain.back()->texture(), colour, depth, current());
+    endInPlace();
 }
 
 void GLVisual::SSR()
@@ -535,9 +549,10 @@ void GLVisual::SSR()
     glViewport(0, 0, FXfbo->width, FXfbo->height);
     GLSSR(current(), DepthStencil(), Layers->NormalNormalized, r.style == Rendering::STYLE_PBR ? Layers->RoughMetal : nullptr,
           FXfbo->color(0), r.ssrRays, SSR_ROUGHNESS, effectFrame);
-    beginPass();
-    GLAdd(current(), FXfbo->color(0), r.ssrStrength, next());
-    endPass();
+    // The background reflects nothing: the add leaves it out.
+    beginInPlace(true);
+    GLAddScaled(FXfbo->color(0), r.ssrStrength, current());
+    endInPlace();
 }
 
 void GLVisual::bloom()
@@ -547,19 +562,19 @@ void GLVisual::bloom()
     gl_Stencil_Test.set(false);
     VEL_ASSERT(Blur0->enableDraw());
     glViewport(0, 0, Blur0->width, Blur0->height);
-    std::vector<Texture2D*> levels{current(), Blur0->color(0)};
-    GLThresholdMul(current(), r.bloomThreshold, r.bloom, levels.back());
-    GLBlur(levels.back(), Blur0->color(OpaquesMax), 1, false);
-    for (Shared<FBO> const& level : BloomChain) {
-        VEL_ASSERT(level->enableDraw());
-        glViewport(0, 0, level->width, level->height);
-        GLCopy(levels.back(), level->color(0));
-        GLBlur(level->color(0), level->color(1), 1, false);
-        levels.push_back(level->color(0));
+    GLThresholdMul(current(), r.bloomThreshold, r.bloom, Blur0->color(0));
+    std::vector<Texture2D*> levels = blurDown();
+    // Each level is added into the one above, smallest first, and the first onto the picture in
+    // place: the full-size pass reads one texture, not every level and the picture.
+    for (size_t i = levels.size() - 1; i > 0; --i) {
+        FBO* above = i == 1 ? Blur0.get() : BlurChain[i - 2].get();
+        VEL_ASSERT(above->enableDraw());
+        glViewport(0, 0, above->width, above->height);
+        GLAdd({levels[i]}, levels[i - 1], true);
     }
-    beginPass();
-    GLAdd(levels, next(), false);
-    endPass();
+    beginInPlace(false);
+    GLAdd({levels.front()}, current(), true);
+    endInPlace();
 }
 
 void GLVisual::tonemap()

@@ -41,8 +41,8 @@ public:
     Shared<FBO> LayerColors;        // the colour targets of Layers without its depth (FBO::ColorsOf)
     std::bitset<2 * LISTS> contentFlags; // this frame's lists, by renderObjects
     int objectCalls = 0;            // renderObjects calls this frame; the first LISTS set the flags
-    // The blurred levels of the opaque picture (colour targets 0 to OpaquesMax - 1) and the
-    // scratch target of the blur (OpaquesMax), all of one size.
+    // The first blurred level of the opaque picture and of the bloom (colour target 0) and the
+    // scratch target of its blur (1).
     Shared<FBO> Blur0;
     // The environment that style 7 lights with and its split-sum table; null: Rendering's.
     TextureCube* sky = nullptr;
@@ -50,10 +50,11 @@ public:
     std::deque<Shared<FBOTexture>> minMaxChain; // the reduction targets of the depth range
     // The reflections before they are added: one target at half the size of Blur0.
     Shared<FBO> FXfbo;
-    // Bloom levels below Blur0, each half the size of the one above: target 0 the level,
-    // target 1 the scratch of its blur.
-    static constexpr int BloomLevels = 3;
-    std::vector<Shared<FBO>> BloomChain;
+    // The levels below Blur0, each half the size of the one above: target 0 the level, target 1
+    // the scratch of its blur. Bloom and the blurred opaque levels take turns in them; each
+    // fills them anew before it reads them.
+    static constexpr int ChainLevels = OpaquesMax - 1;
+    std::vector<Shared<FBO>> BlurChain;
     float focusDistance = 1000.0f; // eye distance in focus: the camera's distance to its centre
     static constexpr float SSR_ROUGHNESS = 0.2f; // of every surface, for styles without materials
 
@@ -103,11 +104,14 @@ public:
     // The transparent composite over the opaque one, refracting the opaque picture from its
     // blurred levels. With no transparent content the picture stays as it is.
     void mixRefract();
-    // Level n of the opaque picture: 0 the picture itself, then the blurred ones of Blur0.
+    // Level n of the opaque picture: 0 the picture itself, 1 in Blur0, then down BlurChain.
     Texture2D* opaqueLevel(int n) const;
-    // Fills the blurred levels of Blur0 from the current picture, each the one before blurred
-    // once more.
+    // Fills the blurred levels from the current picture: each is the one before at half the
+    // size, blurred once more, so that each level is about twice as blurred as the one above.
     void blurLevels();
+    // Blurs Blur0's level in place, then fills each level of BlurChain from the one above.
+    // Returns the levels, Blur0's first.
+    std::vector<Texture2D*> blurDown();
 
     // ---- screen effects, each with the settings of Rendering, from current() into next()
     // Outlines of the objects marked for contours ("Contours " is their width).

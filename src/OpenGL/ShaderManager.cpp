@@ -112,6 +112,7 @@ ShaderManager::ShaderManager()
     ShaderSSSSGather = builtin(FromFile(Path("SSSS"), "", "GATHER"));
     ShaderSSSSApply = builtin(FromFile(Path("SSSS"), "", "APPLY"));
     ShaderFogRange = builtin(FromFile(Path("FogOrthogonal"), "", "RANGE_TEXTURE"));
+    ShaderFogRangeOver = builtin(FromFile(Path("FogOrthogonal"), "", "RANGE_TEXTURE OVER"));
     // ---- end of the reduced-size block
     ShaderEdgeDetection = builtin(FromFile(Path("EdgeDetection")));
     ShaderSimpleEdgeDetection = builtin(FromFile(Path("SimpleEdgeDetection")));

@@ -109,6 +109,7 @@ public:
     Shader* ShaderSSSSGather = nullptr;          // "SSSS", GATHER: gathered colour only
     Shader* ShaderSSSSApply = nullptr;           // "SSSS", APPLY: the colour added
     Shader* ShaderFogRange = nullptr;            // "FogOrthogonal", RANGE_TEXTURE: range from the GPU
+    Shader* ShaderFogRangeOver = nullptr;        // the same, OVER: blended over the picture in place
     // ---- end of the reduced-size block
     Shader* ShaderEdgeDetection = nullptr;       // edges of ids and normals
     Shader* ShaderSimpleEdgeDetection = nullptr; // edges of ids alone

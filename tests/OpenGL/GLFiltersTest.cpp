@@ -124,6 +124,11 @@ TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
     };
     auto component = [](Vector4<float> const& u, int c) { return c == 0 ? u.x : c == 1 ? u.y : c == 2 ? u.z : u.w; };
 
+    auto fogged = [&](auto const& in, int i, int c) {
+        float d = at(in[1], i, 0);
+        float f = d >= 1 ? 0.0f : std::clamp((std::abs(2 * d - 1) - 0.1f) / 0.8f, 0.0f, 1.0f) * v.w;
+        return c == 3 ? at(in[0], i, 3) : at(in[0], i, c) + (component(v, c) - at(in[0], i, c)) * f;
+    };
     Case const cases[] = {
         {"sum of five", five, [](auto const& in, Texture2D* t) { GLAdd(in, t, false); }, Sum},
         {"sum of seven, in two rounds", seven, [](auto const& in, Texture2D* t) { GLAdd(in, t, false); }, Sum},
@@ -177,11 +182,15 @@ TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
              Shader::ProjectionMatrixInv = Matrix4<double>();
              GLFog(in[0], t, 0.1f, 0.9f, v, in[1]);
          },
-         [&](auto const& in, int i, int c) {
-             float d = at(in[1], i, 0);
-             float f = d >= 1 ? 0.0f : std::clamp((std::abs(2 * d - 1) - 0.1f) / 0.8f, 0.0f, 1.0f) * v.w;
-             return c == 3 ? at(in[0], i, 3) : at(in[0], i, c) + (component(v, c) - at(in[0], i, c)) * f;
-         }},
+         fogged},
+        // The same range from the depths 0.55 and 0.95 in texel 0, blended over the picture.
+        {"fog over, range from a texture", {a, depthWithBackground, Constant(0.55f, 0.95f, 0, 0)},
+         [&](auto const& in, Texture2D* t) {
+             Shader::ProjectionMatrixInv = Matrix4<double>();
+             GLCopy(in[0], t);
+             GLFogOver(in[2], v, in[1], t);
+         },
+         fogged},
         // Nearest sampling: the shifted point of a pixel centre lands inside a texel.
         {"chroma", {a},
          [&](auto const& in, Texture2D* t) { GLChroma(in[0], t, {0.0f, 1.0f, 0.25f, 0.0f}, 0.5f, {0.5f, 0.5f}); },
@@ -214,10 +223,11 @@ TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
     }
 }
 
-// The apply passes of the reduced SSAO and SSSS upsample by depth: nothing gathered on the far
-// side of a silhouette reaches the near side or the other way round, and the background
-// keeps its colour. Columns 0 to 2 are near, 3 to 5 far, the top row background; the gathered
-// texels (3 x 2) of the far column hold 1 (SSAO: full occlusion; SSSS: colour 0.25).
+// The apply passes of the reduced SSAO and SSSS, blended over the picture, upsample by depth:
+// nothing gathered on the far side of a silhouette reaches the near side or the other way round,
+// and the background keeps its colour. Columns 0 to 2 are near, 3 to 5 far, the top row
+// background; the gathered texels (3 x 2) of the far column hold 1 (SSAO: full occlusion; SSSS:
+// colour 0.25), each with the view depth it was gathered for.
 TEST_F(GLFiltersTest, ReducedSSAOAndSSSSUpsampleByDepth)
 {
     Pixels depth, gathered;
@@ -227,14 +237,15 @@ TEST_F(GLFiltersTest, ReducedSSAOAndSSSSUpsampleByDepth)
     for (int y = 0; y < H / 2; ++y)
         for (int x = 0; x < W / 2; ++x) {
             float v = x == 2 ? 1.0f : 0.0f;
-            gathered.insert(gathered.end(), {v, v, v, 0});
+            float z = x == 2 ? 0.8f : -0.4f; // 2 d - 1 through the identity projection
+            gathered.insert(gathered.end(), {v, v, v, z});
         }
     Shared<Texture2D> image = Upload(Constant(0.5f, 0.5f, 0.5f, 1.0f)), depthTexture = Upload(depth),
                       gatheredTexture = Upload(gathered, W / 2, H / 2);
     Shader::ProjectionMatrixInv = Matrix4<double>();
     struct Case {
         char const* name;
-        void (*apply)(Texture2D*, Texture2D*, Texture2D*, Texture2D*, float);
+        void (*apply)(Texture2D*, Texture2D*, Texture2D*, float);
         float strength, far; // the far side's value
     };
     Case const cases[] = {
@@ -243,7 +254,8 @@ TEST_F(GLFiltersTest, ReducedSSAOAndSSSSUpsampleByDepth)
     };
     for (Case const& test : cases) {
         SCOPED_TRACE(test.name);
-        test.apply(image.get(), depthTexture.get(), gatheredTexture.get(), target, test.strength);
+        GLCopy(image.get(), target);
+        test.apply(depthTexture.get(), gatheredTexture.get(), target, test.strength);
         Pixels out = read(target);
         for (int y = 0; y < H; ++y)
             for (int x = 0; x < W; ++x)

@@ -104,7 +104,7 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
                 bool solidOnly;
             };
             Step const order[] = {{sm.ShaderEdgeDetection, false}, {sm.ShaderSSAOApply, true},
-                                  {sm.ShaderSSSSApply, true},     {sm.ShaderFogRange, true},
+                                  {sm.ShaderSSSSApply, true},     {sm.ShaderFogRangeOver, true},
                                   {sm.ShaderSSR, true},           {sm.ShaderFilterThresholdMul, false},
                                   {sm.ShaderTonemapUncharted2, false}, {sm.ShaderFilterChroma, false},
                                   {sm.ShaderFilterDepthOfField, false}};

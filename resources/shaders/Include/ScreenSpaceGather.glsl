@@ -30,11 +30,12 @@ struct Gathered {
     float weight; // the sum of the weights
     vec3 color;   // the sum of the weighted colours (GATHER_COLOR)
     int samples;
+    float z;      // the view depth of the pixel gathered for; 0 on the background
 };
 
 Gathered Gather()
 {
-    Gathered g = Gathered(0.0, vec3(0.0), max(int(PARAMETERS.x), 1));
+    Gathered g = Gathered(0.0, vec3(0.0), max(int(PARAMETERS.x), 1), 0.0);
     ivec2 size = textureSize(Depth, 0);
 #ifdef GATHER
     ivec2 pixel = min(ivec2(gl_FragCoord.xy) * Reduction, size - 1);
@@ -46,6 +47,7 @@ Gathered Gather()
         return g;
     vec2 uv = (vec2(pixel) + 0.5) / vec2(size);
     vec3 p = ViewPosition(ProjectionMatrixInv, uv, d);
+    g.z = p.z;
     vec3 n = texelFetch(Normal, pixel, 0).xyz;
     float scale = max(abs(p.z), 1e-6);
     float angle = Hash12(gl_FragCoord.xy, Time) * 6.2831853;
