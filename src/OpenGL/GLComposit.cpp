@@ -102,7 +102,7 @@ void GLComposit::SSAO()
         GLSSAOGather(DepthStencil(), Layers->NormalNormalized, gathered, SSAO_RADIUS, effectTime, SSAO_SAMPLES);
     }
     Texture2D* depth = copyDepth();
-    beginInPlace(true);
+    beginInPlace(Cover::Surfaces);
     GLSSAOApply(depth, gathered, current(), strength);
     endInPlace();
 }
@@ -117,7 +117,7 @@ void GLComposit::SSSS()
                      SSAO_SAMPLES);
     }
     Texture2D* depth = copyDepth();
-    beginInPlace(true);
+    beginInPlace(Cover::Surfaces);
     GLSSSSApply(depth, gathered, current(), strength);
     endInPlace();
 }
@@ -130,16 +130,16 @@ void GLComposit::beginReduced()
     gl_Stencil_Test.set(false);
 }
 
-void GLComposit::beginInPlace(bool surfaces)
+void GLComposit::beginInPlace(Cover cover)
 {
     VEL_ASSERT(enableDraw());
     glDrawBuffer(GLenum(current()->attachment));
     glViewport(0, 0, this->width, this->height);
     gl_Stencil_Test.set(false);
-    gl_Depth_Test.set(surfaces);
-    if (surfaces) {
+    gl_Depth_Test.set(cover != Cover::All);
+    if (cover != Cover::All) {
         glDepthMask(GL_FALSE);
-        glDepthFunc(GL_GREATER);
+        glDepthFunc(cover == Cover::Surfaces ? GL_GREATER : GL_LEQUAL);
         glDepthRange(1.0, 1.0);
     }
 }

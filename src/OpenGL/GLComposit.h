@@ -66,11 +66,13 @@ public:
     // Binds Reduced for drawing over its whole size, depth and stencil tests off.
     void beginReduced();
     // In-place effects: current() bound for drawing, with the depth-stencil attached, so that a
-    // pass blends over the picture instead of reading it and writing a copy. With `surfaces` the
-    // depth test (every fragment at depth 1, passing GREATER) keeps the background out before it
-    // is shaded; such a pass reads the depths from copyDepth(). endInPlace() gives the depth
-    // state back and builds the mipmaps when asked for.
-    void beginInPlace(bool surfaces);
+    // pass blends over the picture instead of reading it and writing a copy. The depth test, every
+    // fragment at depth 1, leaves out before any shading the background (Surfaces: passing
+    // GREATER) or what was drawn (Background: passing LEQUAL); a pass that reads the depths takes
+    // them from copyDepth(). endInPlace() gives the depth state back and builds the mipmaps when
+    // asked for.
+    enum class Cover { All, Surfaces, Background };
+    void beginInPlace(Cover cover);
     void endInPlace();
     // A copy of the depth-stencil, for passes that sample the depth while it stays attached
     // for their stencil or depth test (the shader layers). Made at each call; the draw and

@@ -454,12 +454,14 @@ void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, Texture2D* ta
     pass.draw();
 }
 
-void GLDepthOfField(std::vector<Texture2D*> const& levels, Texture2D* depth, Texture2D* target, float focus, float size)
+namespace {
+void DepthOfField(Shader* shader, std::vector<Texture2D*> const& levels, Texture2D* depth, Texture2D* target,
+                  float focus, float size)
 {
     VEL_ASSERT_MSG(levels.size() == 5, "depth of field blends five levels of blur");
     BindDrawBuffer(target);
     GLMachine m;
-    m.add(Shaders().ShaderFilterDepthOfField);
+    m.add(shader);
     for (Texture2D* level : levels)
         m.add(level);
     m.add(depth);
@@ -473,6 +475,24 @@ void GLDepthOfField(std::vector<Texture2D*> const& levels, Texture2D* depth, Tex
     Shader::setUniform("Focus", focus);
     Shader::setUniform("size", size);
     GLFill();
+}
+} // namespace
+
+void GLDepthOfField(std::vector<Texture2D*> const& levels, Texture2D* depth, Texture2D* target, float focus, float size)
+{
+    DepthOfField(Shaders().ShaderFilterDepthOfField, levels, depth, target, focus, size);
+}
+
+void GLDepthOfFieldOver(std::vector<Texture2D*> const& blurred, Texture2D* depth, Texture2D* target, float focus,
+                        float size)
+{
+    VEL_ASSERT_MSG(blurred.size() == 4, "depth of field blends four blurred levels over the picture");
+    SavedBlend saved;
+    SavedBlend::setOver();
+    // The picture's slot holds a blurred level: the program does not read it, and the target
+    // must not be bound for sampling.
+    DepthOfField(Shaders().ShaderFilterDepthOfFieldOver, {blurred[0], blurred[0], blurred[1], blurred[2], blurred[3]},
+                 depth, target, focus, size);
 }
 
 // ---- range by reduction

@@ -126,6 +126,10 @@ void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, Texture2D* ta
 // Depth of field: per pixel a mix of `levels` (five: the picture, then ever more blurred
 // copies) by `size` times the pixel's distance from the eye distance `focus`, relative to it.
 void GLDepthOfField(std::vector<Texture2D*> const& levels, Texture2D* depth, Texture2D* target, float focus, float size);
+// The same blended over `target`, which holds the picture and is not read: `blurred` are the
+// four blurred levels. Blending state is restored.
+void GLDepthOfFieldOver(std::vector<Texture2D*> const& blurred, Texture2D* depth, Texture2D* target, float focus,
+                        float size);
 
 // The range (min, max) of the first channel of `source`, by repeated halving on the GPU and one
 // read-back of a single texel. A depth texture's background (1) is not counted; when nothing is

@@ -535,7 +535,7 @@ void GLVisual::fog()
     Vector4<float> colour = background();
     colour.w = Rendering::instance().fogStrength;
     Texture2D* depth = copyDepth();
-    beginInPlace(true);
+    beginInPlace(Cover::Surfaces);
     GLFogOver(chain.back()->texture(), colour, depth, current());
     endInPlace();
 }
@@ -550,7 +550,7 @@ void GLVisual::SSR()
     GLSSR(current(), DepthStencil(), Layers->NormalNormalized, r.style == Rendering::STYLE_PBR ? Layers->RoughMetal : nullptr,
           FXfbo->color(0), r.ssrRays, SSR_ROUGHNESS, effectFrame);
     // The background reflects nothing: the add leaves it out.
-    beginInPlace(true);
+    beginInPlace(Cover::Surfaces);
     GLAddScaled(FXfbo->color(0), r.ssrStrength, current());
     endInPlace();
 }
@@ -572,7 +572,7 @@ void GLVisual::bloom()
         glViewport(0, 0, above->width, above->height);
         GLAdd({levels[i]}, levels[i - 1], true);
     }
-    beginInPlace(false);
+    beginInPlace(Cover::All);
     GLAdd({levels.front()}, current(), true);
     endInPlace();
 }
@@ -595,13 +595,21 @@ void GLVisual::chromaticAberration()
 
 void GLVisual::depthOfField()
 {
+    float const size = Rendering::instance().dofSize;
     blurLevels();
-    std::vector<Texture2D*> levels;
-    for (int i = 0; i <= OpaquesMax; ++i)
-        levels.push_back(opaqueLevel(i));
-    beginEffect();
-    GLDepthOfField(levels, DepthStencil(), next(), focusDistance, Rendering::instance().dofSize);
-    endEffect();
+    std::vector<Texture2D*> blurred;
+    for (int i = 1; i <= OpaquesMax; ++i)
+        blurred.push_back(opaqueLevel(i));
+    Texture2D* depth = copyDepth();
+    beginInPlace(Cover::Surfaces);
+    GLDepthOfFieldOver(blurred, depth, current(), focusDistance, size);
+    endInPlace();
+    if (size <= 0)
+        return;
+    // The background is as far as can be: the most blurred level alone, at the cost of a copy.
+    beginInPlace(Cover::Background);
+    GLCopy(blurred.back(), current());
+    endInPlace();
 }
 
 } // namespace vel

@@ -113,6 +113,7 @@ ShaderManager::ShaderManager()
     ShaderSSSSApply = builtin(FromFile(Path("SSSS"), "", "APPLY"));
     ShaderFogRange = builtin(FromFile(Path("FogOrthogonal"), "", "RANGE_TEXTURE"));
     ShaderFogRangeOver = builtin(FromFile(Path("FogOrthogonal"), "", "RANGE_TEXTURE OVER"));
+    ShaderFilterDepthOfFieldOver = builtin(FromFile(Path("Filters/FilterDepthOfField"), "", "OVER"));
     // ---- end of the reduced-size block
     ShaderEdgeDetection = builtin(FromFile(Path("EdgeDetection")));
     ShaderSimpleEdgeDetection = builtin(FromFile(Path("SimpleEdgeDetection")));

@@ -110,6 +110,7 @@ public:
     Shader* ShaderSSSSApply = nullptr;           // "SSSS", APPLY: the colour added
     Shader* ShaderFogRange = nullptr;            // "FogOrthogonal", RANGE_TEXTURE: range from the GPU
     Shader* ShaderFogRangeOver = nullptr;        // the same, OVER: blended over the picture in place
+    Shader* ShaderFilterDepthOfFieldOver = nullptr; // "Filters/FilterDepthOfField", OVER: in place
     // ---- end of the reduced-size block
     Shader* ShaderEdgeDetection = nullptr;       // edges of ids and normals
     Shader* ShaderSimpleEdgeDetection = nullptr; // edges of ids alone

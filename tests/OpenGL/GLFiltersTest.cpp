@@ -204,6 +204,12 @@ TEST_F(GLFiltersTest, PointwiseFiltersMatchTheCpu)
              return at(in[0], i, c) + (moved - at(in[0], i, c)) * weight[c];
          }},
         {"depth of field", levels, dof(1.5f), level(1.5f)},
+        {"depth of field over the picture", levels,
+         [](auto const& in, Texture2D* t) {
+             GLCopy(in[0], t);
+             GLDepthOfFieldOver({in[1], in[2], in[3], in[4]}, in[5], t, 0.5f, 1.5f);
+         },
+         level(1.5f)},
         {"no depth of field at size 0", levels, dof(0.0f), level(0.0f)},
     };
     for (Case const& test : cases) {

@@ -107,7 +107,7 @@ TEST_F(GLViewTest, EffectsRunInTheirOrderSkipWithWireframeAndMakeNothingAfterThe
                                   {sm.ShaderSSSSApply, true},     {sm.ShaderFogRangeOver, true},
                                   {sm.ShaderSSR, true},           {sm.ShaderFilterThresholdMul, false},
                                   {sm.ShaderTonemapUncharted2, false}, {sm.ShaderFilterChroma, false},
-                                  {sm.ShaderFilterDepthOfField, false}};
+                                  {sm.ShaderFilterDepthOfFieldOver, false}};
             auto at = used.begin();
             for (Step const& step : order) {
                 auto found = std::find(at, used.end(), step.shader->program);

@@ -1,7 +1,10 @@
 // FilterDepthOfField: depth of field from the picture's blurred levels (see Include/BlurLevels).
 // Each drawn pixel's eye distance (along the view axis) comes from "Depth" through
 // "ProjectionMatrixInv"; its level of blur is "size" times its distance from the focus "Focus",
-// relative to the focus, at most the last level. The background is as far as can be: fully blurred once "size" is above zero.
+// relative to the focus, at most the last level. The background is as far as can be: fully
+// blurred once "size" is above zero.
+// OVER: the picture, level 0, is not read: the blurred levels' part comes out with how much of
+// the pixel it covers in alpha, for blending over the picture.
 ##VERTEX
 #include ":/shaders/Include/FullScreen.glsl"
 ##FRAGMENT
@@ -21,5 +24,10 @@ void main()
         float distance = abs(ViewPosition(ProjectionMatrixInv, vUV, d).z);
         r = min(size * abs(distance - Focus) / max(Focus, 1e-6), 4.0);
     }
+#ifdef OVER
+    float above = min(r, 1.0);
+    oColor = above > 0.0 ? vec4(blurredAbove(vUV, r).rgb / above, above) : vec4(0.0);
+#else
     oColor = blurred(vUV, r);
+#endif
 }
