@@ -76,7 +76,8 @@ TEST(Deformers, SingleVertexDisplacements)
         EXPECT_TRUE(Near(run(row.step, row.position), row.expected, 1e-5)) << row.name;
 }
 
-TEST(Deformers, SculptorsAddUp)
+// Two sculptors at one place add up; a point outside every brush gets nothing.
+TEST(Deformers, SculptorsAddUpOnlyInsideTheirBrush)
 {
     std::vector<V> p = {V(0, 0, 0), V(5, 0, 0)};
     std::vector<V> sum(2);
@@ -92,15 +93,11 @@ TEST(Deformers, SculptorsAddUp)
     SculptGradientSelect(2, p.data(), weights.data(), {V(0, 0, 0)}, {V(0.25f, 0, 0)}, 0.5f);
     EXPECT_FLOAT_EQ(weights[0], 0.5f);
     EXPECT_FLOAT_EQ(weights[1], 0.0f);
-}
-
-TEST(Deformers, SmoothMovesTowardsTheTargetInsideTheBrush)
-{
+    // Smoothing moves towards each point's target.
     struct Targets {
         V PointSculptSmooth(int i) const { return i == 0 ? V(1, 0, 0) : V(9, 9, 9); }
     };
-    std::vector<V> p = {V(0, 0, 0), V(5, 0, 0)};
-    std::vector<V> sum(2);
+    sum = {V(), V()};
     SculptSmooth(2, p.data(), sum.data(), Targets{}, {V(0, 0, 0)}, 0.5f, 2);
     EXPECT_TRUE(Near(sum[0], V(0.5f, 0, 0)));
     EXPECT_EQ(sum[1], V());

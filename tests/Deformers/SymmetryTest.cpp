@@ -45,13 +45,13 @@ TEST(Symmetry, RotationCountGivesTurnedCopies)
     SymmetryCopy brush = Brush(V(2, 0, 5), V(1, 0, 0));
     auto copies = symmetry(brush, M34(), false, false, false, false, false, true, 4);
     ASSERT_EQ(copies.size(), 4u);
-    V const expected[4] = {V(2, 0, 5), V(0, 2, 5), V(-2, 0, 5), V(0, -2, 5)};
-    V const normals[4] = {V(1, 0, 0), V(0, 1, 0), V(-1, 0, 0), V(0, -1, 0)};
+    V const normals[4] = {V(1, 0, 0), V(0, 1, 0), V(-1, 0, 0), V(0, -1, 0)}; // quarter turns about z
     for (int k = 0; k < 4; ++k) {
-        EXPECT_TRUE(Near(copies[std::size_t(k)].position, expected[k], 1e-12)) << k;
-        EXPECT_TRUE(Near(copies[std::size_t(k)].normal, normals[k], 1e-12)) << k;
-        EXPECT_EQ(copies[std::size_t(k)].mirror, 1);
-        EXPECT_TRUE(IsRotation(copies[std::size_t(k)].frame.linear()));
+        SymmetryCopy const& c = copies[std::size_t(k)];
+        EXPECT_TRUE(Near(c.position, normals[k] * 2.0 + V(0, 0, 5), 1e-12)) << k;
+        EXPECT_TRUE(Near(c.normal, normals[k], 1e-12)) << k;
+        EXPECT_EQ(c.mirror, 1);
+        EXPECT_TRUE(IsRotation(c.frame.linear()));
     }
 }
 

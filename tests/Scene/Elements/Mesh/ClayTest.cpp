@@ -206,12 +206,8 @@ TEST_F(ClayTest, EachStepMovesEveryVertexByItsFormula)
         step.run(*clay);
         clay->apply_deformations();
         std::vector<Vec> after = Read(*clay, clay->positionRoles.current);
-        for (std::size_t v = 0; v < clay->verts.size(); ++v) {
-            Vec want = before[v] + step.expected(before[v]);
-            EXPECT_NEAR(after[v].x, want.x, 2e-5f) << "vertex " << v;
-            EXPECT_NEAR(after[v].y, want.y, 2e-5f) << "vertex " << v;
-            EXPECT_NEAR(after[v].z, want.z, 2e-5f) << "vertex " << v;
-        }
+        for (std::size_t v = 0; v < clay->verts.size(); ++v)
+            EXPECT_LT((after[v] - before[v] - step.expected(before[v])).length(), 3e-5f) << "vertex " << v;
         for (std::size_t t = clay->verts.size(); t < after.size(); ++t)
             EXPECT_TRUE(after[t] == Vec()) << "padding texel " << t;
     }
@@ -261,19 +257,16 @@ TEST_F(ClayTest, SmoothingFollowsTheMeshRulesForAnchorsAndSharpVertices)
         std::vector<Vec> after = Read(clay, 0);
         int kept = 0;
         for (std::size_t v = 0; v < clay.verts.size(); ++v) {
-            Vec p = clay.verts[v].position;
-            Vec q = (p - center) * (1 / radius);
-            float w = (1 - q.length2()) * (1 - q.length2()) * 0.5f;
-            Vec want = p + (clay.PointSculptSmooth(int(v)) - p) * w;
-            if (clay.PointSculptSmooth(int(v)) == p) {
+            Vec p = clay.verts[v].position, target = clay.PointSculptSmooth(int(v));
+            float w = 0.5f * std::pow(1 - ((p - center) * (1 / radius)).length2(), 2.0f);
+            if (target == p) {
                 EXPECT_TRUE(after[v] == p) << "vertex " << v << " stays";
                 ++kept;
             }
-            EXPECT_NEAR((after[v] - want).length(), 0.0f, 1e-5f) << "vertex " << v;
+            EXPECT_LT((after[v] - p - (target - p) * w).length(), 1e-5f) << "vertex " << v;
         }
-        if (make == &Mesh::Test) {
-            EXPECT_GT(kept, 0) << "the anchors and sharp corners of the test mesh stay";
-        }
+        // The anchors and sharp corners of the test mesh stay.
+        EXPECT_TRUE(make != &Mesh::Test || kept > 0);
     }
 }
 
@@ -324,37 +317,21 @@ TEST_F(ClayTest, GpuNormalsEqualTheMeshNormals)
 
 // ---- strokes, undo, conversion -------------------------------------------------------------
 
-// A stroke of `samples` samples of action `action`, the last one ending it; sample i moves the
+// A stroke of `samples` (> 1) samples of action `action`, the last one ending it; sample i moves the
 // grid's centre region by 0.05 in x from the previous sample, as a deform step does.
 void Stroke(Clay& clay, int action, int samples)
 {
     auto step = [&](int index, unsigned char) {
-        float dx = index > 0 ? 0.05f : 0.0f;
-        if (clay.absoluteDeform)
-            clay.deform({C}, {Vec(0.05f * float(index), 0, 0)}, R, 0.3f);
-        else
-            clay.deform({C}, {Vec(dx, 0, 0)}, R, 0.3f);
+        float dx = clay.absoluteDeform ? 0.05f * float(index) : index > 0 ? 0.05f : 0.0f;
+        clay.deform({C}, {Vec(dx, 0, 0)}, R, 0.3f);
     };
-    clay.sculpt(action, 1, ClayStrokeState::Begin, step);
-    for (int n = 2; n < samples; ++n)
-        clay.sculpt(action, n, ClayStrokeState::Progress, step);
-    if (samples > 1)
-        clay.sculpt(action, samples, ClayStrokeState::End, step);
+    for (int n = 1; n <= samples; ++n)
+        clay.sculpt(action, n, n == 1 ? ClayStrokeState::Begin : n < samples ? ClayStrokeState::Progress : ClayStrokeState::End,
+                    step);
 }
 
-TEST_F(ClayTest, ShortStrokesPushNothing)
-{
-    for (int samples : {1, 2}) {
-        auto clay = Grid();
-        ASSERT_TRUE(clay->buildGPUData());
-        std::vector<Vec> before = Read(*clay, 0);
-        Stroke(*clay, 29, samples);
-        EXPECT_EQ(History::instance().commands.size(), 0u) << samples << " samples";
-        EXPECT_TRUE(SameBits(before, Read(*clay, clay->positionRoles.current)));
-    }
-}
-
-TEST_F(ClayTest, UndoAndRedoOfAStrokeSwapBitForBit)
+// Undo and redo of a stroke swap bit for bit; the CPU records and the file record keep it.
+TEST_F(ClayTest, UndoRedoAndFileRecordOfAStrokeAreBitExact)
 {
     // 29 deforms step by step; 1 (move) deforms from the stroke's start.
     for (int action : {29, 1}) {
@@ -385,6 +362,19 @@ TEST_F(ClayTest, UndoAndRedoOfAStrokeSwapBitForBit)
         std::unique_ptr<Mesh> mesh(clay->ToMesh());
         EXPECT_TRUE(mesh->validate().empty());
         EXPECT_TRUE(mesh->verts[12].position == stroked[12]);
+
+        clay->prepareSave();
+        OFile out;
+        std::unordered_map<Element*, int> ids;
+        clay->DataWrite(out, ids);
+        std::string bytes = out.bytes();
+        IFile in(QByteArray(bytes.data(), int(bytes.size())));
+        FILE_VERSION = FILE_VERSION_CURRENT;
+        std::unique_ptr<Element> read(DataReadElement(in));
+        auto* loaded = dynamic_cast<Clay*>(read.get());
+        ASSERT_NE(loaded, nullptr);
+        ASSERT_TRUE(loaded->buildGPUData());
+        EXPECT_TRUE(SameBits(stroked, Read(*loaded, loaded->positionRoles.current)));
     }
 }
 
@@ -395,9 +385,8 @@ TEST_F(ClayTest, PaintRaisesTheTypeAndUndoesInOneStep)
     ClayBrushMaterial red;
     red.colorAlpha = Vector4<float>(8191, 0, 0, 8191);
     auto step = [&](int, unsigned char) { clay->paintselect({C}, R, 0.3f, 1.0f); };
-    clay->sculpt(41, 1, ClayStrokeState::Begin, step, red);
-    clay->sculpt(41, 2, ClayStrokeState::Progress, step, red);
-    clay->sculpt(41, 3, ClayStrokeState::End, step, red);
+    for (ClayStrokeState state : {ClayStrokeState::Begin, ClayStrokeState::Progress, ClayStrokeState::End})
+        clay->sculpt(41, int(state) + 1, state, step, red);
     ASSERT_EQ(History::instance().commands.size(), 1u);
     EXPECT_EQ(History::instance().commands[0]->name(), "Paint Clay");
     EXPECT_TRUE(clay->hasPbr());
@@ -420,26 +409,6 @@ TEST_F(ClayTest, PaintRaisesTheTypeAndUndoesInOneStep)
         EXPECT_TRUE(words[e] == Pbr()) << "corner " << e;
 }
 
-TEST_F(ClayTest, FileRecordKeepsEveryPosition)
-{
-    auto clay = Grid();
-    ASSERT_TRUE(clay->buildGPUData());
-    Stroke(*clay, 29, 4);
-    std::vector<Vec> stroked = Read(*clay, clay->positionRoles.current);
-    clay->prepareSave();
-    OFile out;
-    std::unordered_map<Element*, int> ids;
-    clay->DataWrite(out, ids);
-    std::string bytes = out.bytes();
-    IFile in(QByteArray(bytes.data(), int(bytes.size())));
-    FILE_VERSION = FILE_VERSION_CURRENT;
-    std::unique_ptr<Element> read(DataReadElement(in));
-    auto* loaded = dynamic_cast<Clay*>(read.get());
-    ASSERT_NE(loaded, nullptr);
-    ASSERT_TRUE(loaded->buildGPUData());
-    EXPECT_TRUE(SameBits(stroked, Read(*loaded, loaded->positionRoles.current)));
-}
-
 // ---- drawing -------------------------------------------------------------------------------
 
 TEST_F(ClayTest, DrawsIdsAndNormalsLikeAMesh)
@@ -457,22 +426,26 @@ TEST_F(ClayTest, DrawsIdsAndNormalsLikeAMesh)
     for (Shader* s : {m.ShaderClayRenderPbr, m.ShaderClayRenderMeshPbr, m.ShaderClayRenderTex, m.ShaderClayRender,
                       m.ShaderClayRenderFast, m.ShaderClayRenderDepth})
         EXPECT_TRUE(s->compile(false)) << s->vertexDefines << " / " << s->fragmentDefines;
+    int const formats[6][3] = {{GL_RGBA32I, GL_RGBA_INTEGER, GL_INT}, {GL_RGB32I, GL_RGB_INTEGER, GL_INT},
+                               {GL_RGBA32F, GL_RGBA, GL_FLOAT},       {GL_RG16F, GL_RG, GL_HALF_FLOAT},
+                               {GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT},  {GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT}};
+    GLenum const buffers[6] = {GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1, GL_COLOR_ATTACHMENT2,
+                               GL_COLOR_ATTACHMENT3, GL_COLOR_ATTACHMENT4, GL_COLOR_ATTACHMENT5};
+    auto read = [](int attachment, GLenum format, GLenum type, void* to) {
+        glReadBuffer(GLenum(GL_COLOR_ATTACHMENT0 + attachment));
+        glReadPixels(0, 0, 16, 16, format, type, to);
+    };
     for (int style : {Rendering::STYLE_PBR, 4}) {
         SCOPED_TRACE(style);
         int targets = Rendering::hasMaterials(style) ? 6 : 3;
-        std::vector<std::vector<int>> pictures;
-        std::vector<std::vector<float>> normalPictures;
-        for (Shared<Element> const& e : {asMesh, asClay}) {
+        std::vector<int> pictures[2];   // ids (element and tool ids cleared), then component, patch, face
+        std::vector<float> normals[2];
+        for (int k = 0; k < 2; ++k) {
+            Shared<Element> const& e = k == 0 ? asMesh : asClay;
             FBO target(dsDepth, 16, 16);
-            int const formats[6][3] = {{GL_RGBA32I, GL_RGBA_INTEGER, GL_INT}, {GL_RGB32I, GL_RGB_INTEGER, GL_INT},
-                                       {GL_RGBA32F, GL_RGBA, GL_FLOAT},       {GL_RG16F, GL_RG, GL_HALF_FLOAT},
-                                       {GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT},  {GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT}};
             for (int i = 0; i < targets; ++i)
                 target.addColor(formats[i][0], formats[i][1], formats[i][2], GL_CLAMP_TO_EDGE, GL_NEAREST);
             ASSERT_TRUE(target.enable());
-            GLenum buffers[6];
-            for (int i = 0; i < targets; ++i)
-                buffers[i] = GLenum(GL_COLOR_ATTACHMENT0 + i);
             glDrawBuffers(targets, buffers);
             glViewport(0, 0, 16, 16);
             int const zero[4] = {0, 0, 0, 0};
@@ -488,32 +461,26 @@ TEST_F(ClayTest, DrawsIdsAndNormalsLikeAMesh)
             int counter = 0;
             list.render(Rendering::instance().renderState(targets == 6 ? 0 : 6), false, counter);
             EXPECT_EQ(counter, 1);
-            std::vector<int> picture(16 * 16 * 8); // ids, then component, patch, face
-            glReadBuffer(GL_COLOR_ATTACHMENT0);
-            glReadPixels(0, 0, 16, 16, GL_RGBA_INTEGER, GL_INT, picture.data());
+            std::vector<int>& picture = pictures[k];
+            picture.resize(16 * 16 * 8);
             std::vector<int> ids(16 * 16 * 4);
-            glReadBuffer(GL_COLOR_ATTACHMENT1);
-            glReadPixels(0, 0, 16, 16, GL_RGBA_INTEGER, GL_INT, ids.data());
-            std::vector<float> normals(16 * 16 * 4);
-            glReadBuffer(GL_COLOR_ATTACHMENT2);
-            glReadPixels(0, 0, 16, 16, GL_RGBA, GL_FLOAT, normals.data());
+            normals[k].resize(16 * 16 * 4);
+            read(0, GL_RGBA_INTEGER, GL_INT, picture.data());
+            read(1, GL_RGBA_INTEGER, GL_INT, ids.data());
+            read(2, GL_RGBA, GL_FLOAT, normals[k].data());
             // Element and tool ids are each draw's own; the rest must agree.
             EXPECT_EQ(picture[(16 * 8 + 8) * 4 + 2], e->id);
             EXPECT_EQ(picture[(16 * 8 + 8) * 4 + 3], tool.id);
             for (std::size_t i = 0; i < 16 * 16; ++i) {
-                picture[i * 4 + 2] = picture[i * 4 + 3] = 0;
-                picture[16 * 16 * 4 + i * 4] = ids[i * 4];
-                picture[16 * 16 * 4 + i * 4 + 1] = ids[i * 4 + 1];
-                picture[16 * 16 * 4 + i * 4 + 2] = ids[i * 4 + 2];
+                picture[i * 4 + 2] = picture[i * 4 + 3] = ids[i * 4 + 3] = 0;
+                std::copy_n(&ids[i * 4], 4, &picture[16 * 16 * 4 + i * 4]);
             }
-            pictures.push_back(picture);
-            normalPictures.push_back(normals);
             FBO::disable(fbBoth);
         }
         EXPECT_EQ(pictures[0], pictures[1]);
         // The mesh's normals are packed in 10 bits, the clay's are half floats.
-        for (std::size_t i = 0; i < normalPictures[0].size(); ++i)
-            EXPECT_NEAR(normalPictures[0][i], normalPictures[1][i], 0.01f) << "channel " << i;
+        for (std::size_t i = 0; i < normals[0].size(); ++i)
+            EXPECT_NEAR(normals[0][i], normals[1][i], 0.01f) << "channel " << i;
         EXPECT_NE(pictures[1][16 * 8 * 4 + 8 * 4], 0) << "the centre pixel shows the object";
     }
     Rendering::instance().style = Rendering::STYLE_PBR;

@@ -60,19 +60,6 @@ TEST(MeshFactories, ClosedSolidsAreValidOutwardAndUnitSized)
     EXPECT_TRUE(log.entries.empty()) << log.all().toStdString();
 }
 
-TEST(MeshFactories, FlatShapesAreSingleFaces)
-{
-    for (int sides : {3, 4, 5, 8}) {
-        auto m = Mesh::NGon(sides);
-        EXPECT_MESH_VALID(*m);
-        EXPECT_EQ(m->faces.size(), 1u);
-        EXPECT_EQ(m->faceCount(0), sides);
-        EXPECT_GT(m->calculatePreciseFaceNormal(0).z, 0);
-    }
-    auto q = Mesh::Quad();
-    EXPECT_EQ(q->verts[2].position, Vector3<float>(0.5f, 0.5f, 0));
-}
-
 TEST(MeshFactories, SphereLiesOnItsSphere)
 {
     auto m = Mesh::Sphere(Mesh::CubeHandle(), 2, 1, 2.0f);
@@ -113,6 +100,9 @@ TEST(MeshFactories, OpenShapesAndOutlines)
         Vector3<double> facing; // the summed face normal's direction
     } cases[] = {
         {"Trihedral", &Mesh::Trihedral, 3, 6, {-1, -1, -1}},
+        {"triangle", [] { return Mesh::NGon(3); }, 1, 3, {0, 0, 1}},
+        {"octagon", [] { return Mesh::NGon(8); }, 1, 8, {0, 0, 1}},
+        {"Quad", &Mesh::Quad, 1, 4, {0, 0, 1}},
         {"Heightmap", [] { return Mesh::Heightmap(std::vector<float>(12, 0.25f), 4, 3); }, 6, 10, {0, 0, 1}},
         {"polygon", [&] { return Mesh::FromPolygonTriangulation(outline, false, false, false); }, 4, 6, tilt.row(2)},
         {"polygon flipped", [&] { return Mesh::FromPolygonTriangulation(outline, false, true, true); }, 4, 6, tilt.row(2) * -1.0},
@@ -135,6 +125,7 @@ TEST(MeshFactories, OpenShapesAndOutlines)
             n += m->calculatePreciseFaceNormal(int(f));
         EXPECT_NEAR(n.normalize().dot(c.facing.normalize()), 1.0, 1e-9);
     }
+    EXPECT_EQ(Mesh::Quad()->verts[2].position, Vector3<float>(0.5f, 0.5f, 0));
     test::LogCapture log;
     EXPECT_TRUE(Mesh::Heightmap({1, 2, 3}, 2, 2)->empty());
     EXPECT_TRUE(Mesh::FromPolygonTriangulation({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, true, false, false)->empty());

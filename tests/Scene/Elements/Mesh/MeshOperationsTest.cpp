@@ -25,20 +25,20 @@ TEST(MeshSubdivide, SharpCubeStaysFlatAndKeepsItsCorners)
 {
     auto m = test::ClosedCube();
     m->makeSharp(30);
-    m->subdivide(true);
-    ASSERT_MESH_VALID(*m);
-    EXPECT_EQ(m->faces.size(), 24u);
-    EXPECT_EQ(m->verts.size(), 8u + 12u + 6u);
-    EXPECT_EQ(test::SharpEdgeCount(*m), 24);
-    for (std::size_t v = 0; v < m->verts.size(); ++v)
-        EXPECT_FLOAT_EQ(CubeExtent(m->verts[v].position), 0.5f) << "vertex " << v << " left the cube's surface";
+    // Two levels: sharp lines stay straight, so every face stays flat.
+    for (int level = 1; level <= 2; ++level) {
+        m->subdivide(true);
+        ASSERT_MESH_VALID(*m);
+        for (std::size_t v = 0; v < m->verts.size(); ++v)
+            EXPECT_FLOAT_EQ(CubeExtent(m->verts[v].position), 0.5f) << "level " << level << " vertex " << v;
+        if (level == 1) {
+            EXPECT_EQ(m->faces.size(), 24u);
+            EXPECT_EQ(m->verts.size(), 8u + 12u + 6u);
+            EXPECT_EQ(test::SharpEdgeCount(*m), 24);
+        }
+    }
     for (int v = 0; v < 8; ++v)
         EXPECT_EQ(m->verts[v].position, test::ClosedCube()->verts[v].position);
-    // A second level keeps the faces flat too: sharp lines stay straight.
-    m->subdivide(true);
-    ASSERT_MESH_VALID(*m);
-    for (std::size_t v = 0; v < m->verts.size(); ++v)
-        EXPECT_FLOAT_EQ(CubeExtent(m->verts[v].position), 0.5f) << "vertex " << v;
 }
 
 // Without smoothing the old vertices stay; a smooth edge's point is the mean of its ends and
@@ -250,33 +250,31 @@ TEST(MeshWeld, WeldAndSubdivideKeepUVs)
     expectUVsAtPositions(*m);
 }
 
-TEST(MeshTriangulate, CubeBecomesTwelveTrianglesKeepingPatchesAndNormals)
+// Fans of triangles: a sharp cube keeps its patches and face normals; a hexagon with UVs
+// stays one piece.
+TEST(MeshTriangulate, FacesBecomeFansKeepingPatchesAndNormals)
 {
-    auto m = test::ClosedCube();
-    m->makeSharp(30);
-    m->calculateNormalsCenters();
-    m->triangulate(true);
-    ASSERT_MESH_VALID(*m);
-    EXPECT_EQ(m->faces.size(), 12u);
-    EXPECT_EQ(m->triangles, 12);
-    EXPECT_EQ(m->patches, 6);
-    for (std::size_t f = 0; f < m->faces.size(); ++f) {
-        EXPECT_EQ(m->faceCount(int(f)), 3);
-        Vector3<float> n(m->calculatePreciseFaceNormal(int(f)).normalize());
-        for (int e : m->edgeLoop(m->faces[f].edge))
-            EXPECT_NEAR(UnpackNormal(m->edges[e].normal).dot(n), 1.0f, 1e-3f);
+    auto cube = test::ClosedCube();
+    cube->makeSharp(30);
+    cube->calculateNormalsCenters();
+    auto hexagon = Mesh::NGon(6);
+    hexagon->setDataType(2);
+    for (Mesh* m : {cube.get(), hexagon.get()}) {
+        int const triangles = m->triangles;
+        m->triangulate(true);
+        ASSERT_MESH_VALID(*m);
+        EXPECT_EQ(int(m->faces.size()), triangles);
+        EXPECT_EQ(m->components, 1);
+        for (std::size_t f = 0; f < m->faces.size(); ++f)
+            EXPECT_EQ(m->faceCount(int(f)), 3);
     }
-    EXPECT_FALSE(m->faceTriangulateFan(0, true)); // already a triangle
-}
-
-TEST(MeshTriangulate, HexagonFansFromItsFirstCorner)
-{
-    auto m = Mesh::NGon(6);
-    m->setDataType(2);
-    m->triangulate(true);
-    ASSERT_MESH_VALID(*m);
-    EXPECT_EQ(m->faces.size(), 4u);
-    EXPECT_EQ(m->components, 1);
+    EXPECT_EQ(cube->patches, 6);
+    for (std::size_t f = 0; f < cube->faces.size(); ++f) {
+        Vector3<float> n(cube->calculatePreciseFaceNormal(int(f)).normalize());
+        for (int e : cube->edgeLoop(cube->faces[f].edge))
+            EXPECT_NEAR(UnpackNormal(cube->edges[e].normal).dot(n), 1.0f, 1e-3f);
+    }
+    EXPECT_FALSE(cube->faceTriangulateFan(0, true)); // already a triangle
 }
 
 // A pair gains one vertex on both sides, a border edge one on its only side.

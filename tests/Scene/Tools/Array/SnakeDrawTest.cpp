@@ -144,12 +144,9 @@ TEST_F(SnakeDrawTest, AStraightBarBentAlongAHalfCircleCoversTheArc)
     axis->construct({{0, 0, 0}}, false, false);
     glClearBufferiv(GL_COLOR, 0, std::array<int, 4>{}.data());
     draw(&parent);
-    for (int x = 0; x < N; x += 4)
-        for (int y = 0; y < N; y += 4) {
-            int i[4];
-            glReadPixels(x, y, 1, 1, GL_RGBA_INTEGER, GL_INT, i);
-            ASSERT_EQ(i[0], 0) << x << "," << y;
-        }
+    for (double x = -1; x < 1; x += 0.125)
+        for (double y = -1; y < 1; y += 0.125)
+            ASSERT_EQ(idAt(x, y).first, 0) << x << "," << y;
 }
 
 TEST_F(SnakeDrawTest, AnArrayOfFiveCubesShowsFiveObjectsWithTheirItemNumbers)

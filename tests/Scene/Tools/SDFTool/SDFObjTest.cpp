@@ -100,10 +100,7 @@ TEST(SDFObjTest, BoundsOfEachShape)
         o.dims = c.dims;
         AABB box = o.obb_tight();
         EXPECT_EQ(o.shaderShape(), c.evaluated < 0 ? c.shape : c.evaluated) << "dims z " << c.dims.z;
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_NEAR(box.min[i], c.lo[i], 1e-6) << "shape " << c.shape << " axis " << i;
-            EXPECT_NEAR(box.max[i], c.hi[i], 1e-6) << "shape " << c.shape << " axis " << i;
-        }
+        EXPECT_LT((box.min - c.lo).length() + (box.max - c.hi).length(), 1e-6) << "shape " << c.shape;
     }
 }
 
@@ -134,49 +131,17 @@ TEST(SDFObjTest, ShellClipAndArraysWidenOrCutTheBounds)
 
 // ---- the record ------------------------------------------------------------------------
 
+// Every field away from its default, each group of the record on one line.
 SDFObj Sample()
 {
     SDFObj o;
-    o.dims = {1.5f, 2.5f, 3.5f};
-    o.R = 0.1f;
-    o.thickness = 0.2f;
-    o.falloff = 0.3f;
-    o.paintFalloff = 0.4f;
-    o.shape = SDF_TORUS;
-    o.operation = SDF_SUB;
-    o.shell = 2;
-    o.blend = 1;
-    o.step = {3, 4, 5};
-    o.nx = 2;
-    o.ny = 3;
-    o.nz = 4;
-    o.clip0 = {-0.5f, -0.4f, -0.3f};
-    o.clip1 = {0.3f, 0.4f, 0.5f};
-    o.clipShell = 1;
-    o.arrayRadius = 1.25f;
-    o.count = 6;
-    o.arrayType = SDF_ARRAY_Y;
-    o.arrayAngle = 2.5f;
-    o.joint = 3;
-    o.joint0 = 0.7f;
-    o.joint1 = 0.8f;
-    o.priority = 4;
-    o.bracket = -2;
+    o.dims = {1.5f, 2.5f, 3.5f}, o.R = 0.1f, o.thickness = 0.2f, o.falloff = 0.3f, o.paintFalloff = 0.4f;
+    o.shape = SDF_TORUS, o.operation = SDF_SUB, o.shell = 2, o.blend = 1;
+    o.step = {3, 4, 5}, o.nx = 2, o.ny = 3, o.nz = 4;
+    o.clip0 = {-0.5f, -0.4f, -0.3f}, o.clip1 = {0.3f, 0.4f, 0.5f}, o.clipShell = 1;
+    o.arrayRadius = 1.25f, o.count = 6, o.arrayType = SDF_ARRAY_Y, o.arrayAngle = 2.5f;
+    o.joint = 3, o.joint0 = 0.7f, o.joint1 = 0.8f, o.priority = 4, o.bracket = -2;
     return o;
-}
-
-TEST(SDFObjTest, RecordRoundTrip)
-{
-    OFile out;
-    Sample().DataWrite(out);
-    ASSERT_EQ(int(out.bytes().size()), SDFObj::DataSize());
-    IFile in(QByteArray::fromStdString(out.bytes()));
-    SDFObj read;
-    ASSERT_TRUE(read.DataRead(in, SDF_VERSION_CURRENT));
-    EXPECT_EQ(read.difference(Sample()), -1);
-    EXPECT_EQ(read.priority, 4);
-    EXPECT_EQ(read.bracket, -2);
-    EXPECT_TRUE(in.atEnd());
 }
 
 // Writes fields of the sample in the order given and expects them read, as a layout does.
@@ -192,8 +157,8 @@ struct Put {
 };
 
 // Each version's layout, written here field by field, independently of DataWrite: every
-// group of fields is written and expected together.
-TEST(SDFObjTest, OlderVersionsReadTheirOwnLayout)
+// group of fields is written and expected together. DataWrite writes the current one.
+TEST(SDFObjTest, EveryVersionReadsItsOwnLayout)
 {
     using O = SDFObj;
     struct Group {
@@ -222,6 +187,12 @@ TEST(SDFObjTest, OlderVersionsReadTheirOwnLayout)
                 g.fields(put);
         if (version < 20230303)
             expected.dims.z = 360; // old tori are whole rings
+        if (version == SDF_VERSION_CURRENT) {
+            OFile written;
+            s.DataWrite(written);
+            EXPECT_EQ(written.bytes(), out.bytes()) << "DataWrite writes the current layout";
+            EXPECT_EQ(int(written.bytes().size()), SDFObj::DataSize());
+        }
         long long fields = static_cast<long long>(out.bytes().size());
         // What follows the fields is the next record, whatever the declared size said.
         out.writeValue(0xEEEEEEEEu);
