@@ -33,6 +33,16 @@ Texture2D* GLComposit::copyDepth()
     glBlitFramebuffer(0, 0, width, height, 0, 0, width, height, GL_DEPTH_BUFFER_BIT, GL_NEAREST);
     FBO::disable(fbRead);
     FBO::disable(fbDraw);
+    depthCopyFrame = -1; // a shader layer's copy may be of a depth still being drawn
+    return DepthCopy->DepthStencil();
+}
+
+Texture2D* GLComposit::effectDepth()
+{
+    if (depthCopyFrame != effectFrame) {
+        copyDepth();
+        depthCopyFrame = effectFrame;
+    }
     return DepthCopy->DepthStencil();
 }
 
@@ -101,7 +111,7 @@ void GLComposit::SSAO()
         beginReduced();
         GLSSAOGather(DepthStencil(), Layers->NormalNormalized, gathered, SSAO_RADIUS, effectTime, SSAO_SAMPLES);
     }
-    Texture2D* depth = copyDepth();
+    Texture2D* depth = effectDepth();
     beginInPlace(Cover::Surfaces);
     GLSSAOApply(depth, gathered, current(), strength);
     endInPlace();
@@ -116,7 +126,7 @@ void GLComposit::SSSS()
         GLSSSSGather(current(), DepthStencil(), Layers->NormalNormalized, gathered, SSAO_RADIUS, effectTime,
                      SSAO_SAMPLES);
     }
-    Texture2D* depth = copyDepth();
+    Texture2D* depth = effectDepth();
     beginInPlace(Cover::Surfaces);
     GLSSSSApply(depth, gathered, current(), strength);
     endInPlace();
@@ -161,6 +171,7 @@ bool GLComposit::resize(int w, int h)
     changed = Layers->resize(w, h) || changed;
     changed = ColorOnly->resize(w, h) || changed;
     DepthCopy->resize(w, h);
+    depthCopyFrame = -1;
     Reduced->resize(reduced(w), reduced(h));
     return changed;
 }

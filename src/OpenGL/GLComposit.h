@@ -79,6 +79,10 @@ public:
     // read framebuffers are left unbound.
     Texture2D* copyDepth();
     Shared<FBO> DepthCopy;
+    // The depth copy for the screen effects: made once for each composite (effectFrame), since
+    // no effect draws into the depth and a copy costs as much as a pass on a software rasteriser.
+    Texture2D* effectDepth();
+    int depthCopyFrame = -1; // the effectFrame of DepthCopy's contents; -1: none
 
     bool resize(int width, int height) override;
 };

@@ -534,7 +534,7 @@ void GLVisual::fog()
     GLMinMaxReduce(DepthStencil(), chain);
     Vector4<float> colour = background();
     colour.w = Rendering::instance().fogStrength;
-    Texture2D* depth = copyDepth();
+    Texture2D* depth = effectDepth();
     beginInPlace(Cover::Surfaces);
     GLFogOver(chain.back()->texture(), colour, depth, current());
     endInPlace();
@@ -600,7 +600,7 @@ void GLVisual::depthOfField()
     std::vector<Texture2D*> blurred;
     for (int i = 1; i <= OpaquesMax; ++i)
         blurred.push_back(opaqueLevel(i));
-    Texture2D* depth = copyDepth();
+    Texture2D* depth = effectDepth();
     beginInPlace(Cover::Surfaces);
     GLDepthOfFieldOver(blurred, depth, current(), focusDistance, size);
     endInPlace();
