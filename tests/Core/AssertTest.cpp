@@ -13,23 +13,14 @@ int Checked(int value)
     return value;
 }
 
-TEST(AssertDeathTest, FailurePrintsConditionTextAndSourcePathRelativeToSrc)
+// A failure prints the condition, the reason where one is given, and the source path
+// relative to the project (tests/) or to src/ for the library, never an absolute build path.
+TEST(AssertDeathTest, FailurePrintsConditionReasonAndRelativeSourcePath)
 {
-    // The path is printed relative to the project, never as an absolute build path.
     EXPECT_DEATH(Checked(-1), "Assertion failed: value > 0\n  at tests/Core/AssertTest.cpp:[0-9]+");
-}
-
-TEST(AssertDeathTest, MessageFormAddsTheReason)
-{
     EXPECT_DEATH(VEL_ASSERT_MSG(1 + 1 == 3, "arithmetic is broken"),
                  "Assertion failed: 1 \\+ 1 == 3 \\(arithmetic is broken\\)");
-}
-
-TEST(AssertDeathTest, LibraryAssertionNamesItsSourceFileUnderSrc)
-{
-    // An assertion compiled into the library names its file relative to src/; an orientation
-    // mode above three is refused.
-    Tool tool;
+    Tool tool; // an orientation mode above three is refused
     EXPECT_DEATH(tool.changeOrientation(4, false, false),
                  "an orientation mode is 0 to 3\\)\n  at Scene/Tool\\.cpp:[0-9]+");
 }

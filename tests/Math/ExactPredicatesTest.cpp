@@ -34,84 +34,63 @@ int sign(double value)
     return (value > 0.0) - (value < 0.0);
 }
 
+template <size_t N, size_t K>
+using Points = std::array<std::array<double, N>, K>; // K = N + 1: orientation; N + 2: in-circle, in-sphere
+
 //-------------------------------------------------------------------------------------------
 // Exact references: rows of differences to the last point, as the predicates document
 //-------------------------------------------------------------------------------------------
 
-mpq_class det2(const mpq_class& a, const mpq_class& b, const mpq_class& c, const mpq_class& d)
-{
-    return a * d - b * c;
-}
+using Rows = std::vector<std::vector<mpq_class>>;
 
-// Rows r0, r1, r2 of a 3x3 matrix.
-mpq_class det3(const mpq_class* r0, const mpq_class* r1, const mpq_class* r2)
+// Laplace expansion along row r over the columns not in `used`.
+mpq_class determinant(Rows const& m, size_t r = 0, unsigned used = 0)
 {
-    return r0[0] * det2(r1[1], r1[2], r2[1], r2[2]) - r0[1] * det2(r1[0], r1[2], r2[0], r2[2])
-           + r0[2] * det2(r1[0], r1[1], r2[0], r2[1]);
-}
-
-template <size_t N>
-std::array<mpq_class, N> exactDifference(const std::array<double, N>& p, const std::array<double, N>& q)
-{
-    std::array<mpq_class, N> d;
-    for (size_t i = 0; i < N; ++i)
-        d[i] = mpq_class(p[i]) - mpq_class(q[i]);
-    return d;
-}
-
-int exactOrient2D(const P2& a, const P2& b, const P2& c)
-{
-    const auto ac = exactDifference(a, c);
-    const auto bc = exactDifference(b, c);
-    return sgn(det2(ac[0], ac[1], bc[0], bc[1]));
-}
-
-int exactOrient3D(const P3& a, const P3& b, const P3& c, const P3& d)
-{
-    const auto ad = exactDifference(a, d);
-    const auto bd = exactDifference(b, d);
-    const auto cd = exactDifference(c, d);
-    return sgn(det3(ad.data(), bd.data(), cd.data()));
-}
-
-int exactInCircle(const P2& a, const P2& b, const P2& c, const P2& d)
-{
-    std::array<std::array<mpq_class, 3>, 3> rows;
-    const P2* points[3] = {&a, &b, &c};
-    for (int i = 0; i < 3; ++i) {
-        const auto v = exactDifference(*points[i], d);
-        rows[i] = {v[0], v[1], v[0] * v[0] + v[1] * v[1]};
+    if (r == m.size())
+        return 1;
+    mpq_class sum = 0;
+    int sign = 1;
+    for (size_t j = 0; j < m.size(); ++j) {
+        if (used & (1u << j))
+            continue;
+        if (m[r][j] != 0)
+            sum += sign * m[r][j] * determinant(m, r + 1, used | (1u << j));
+        sign = -sign;
     }
-    return sgn(det3(rows[0].data(), rows[1].data(), rows[2].data()));
+    return sum;
 }
 
-int exactInSphere(const P3& a, const P3& b, const P3& c, const P3& d, const P3& e)
+// Rows p[i] - p[K-1], lifted by their squared length for the in-circle and in-sphere tests.
+template <size_t N, size_t K>
+int exactSign(Points<N, K> const& p)
 {
-    std::array<std::array<mpq_class, 4>, 4> rows;
-    const P3* points[4] = {&a, &b, &c, &d};
-    for (int i = 0; i < 4; ++i) {
-        const auto v = exactDifference(*points[i], e);
-        rows[i] = {v[0], v[1], v[2], v[0] * v[0] + v[1] * v[1] + v[2] * v[2]};
+    Rows rows(K - 1);
+    for (size_t i = 0; i + 1 < K; ++i) {
+        mpq_class square = 0;
+        for (size_t k = 0; k < N; ++k) {
+            rows[i].push_back(mpq_class(p[i][k]) - mpq_class(p[K - 1][k]));
+            square += rows[i].back() * rows[i].back();
+        }
+        if (K == N + 2)
+            rows[i].push_back(square);
     }
-    // Expansion along the last column.
-    mpq_class det = 0;
-    for (int skip = 0; skip < 4; ++skip) {
-        std::array<mpq_class, 3> minor[3];
-        for (int i = 0, k = 0; i < 4; ++i)
-            if (i != skip)
-                minor[k++] = {rows[i][0], rows[i][1], rows[i][2]};
-        const mpq_class term = rows[skip][3] * det3(minor[0].data(), minor[1].data(), minor[2].data());
-        det += (skip % 2 == 1) ? term : -term;
-    }
-    return sgn(det);
+    return sgn(determinant(rows));
+}
+
+double evaluate(Points<2, 3> const& p) { return Orient2D(p[0].data(), p[1].data(), p[2].data()); }
+double evaluate(Points<3, 4> const& p) { return Orient3D(p[0].data(), p[1].data(), p[2].data(), p[3].data()); }
+double evaluate(Points<2, 4> const& p) { return InCircle(p[0].data(), p[1].data(), p[2].data(), p[3].data()); }
+double evaluate(Points<3, 5> const& p)
+{
+    return InSphere(p[0].data(), p[1].data(), p[2].data(), p[3].data(), p[4].data());
 }
 
 //-------------------------------------------------------------------------------------------
 // Tallies of verdicts against the exact sign
 //-------------------------------------------------------------------------------------------
 
-template <size_t N>
-std::string describe(std::initializer_list<std::array<double, N>> points)
+template <size_t N, size_t K>
+std::string describe(Points<N, K> const& points)
 {
     std::string text;
     char buffer[64];
@@ -133,14 +112,15 @@ struct Tally {
     int mismatches = 0;
     std::string firstMismatch;
 
-    template <typename Describe>
-    void record(int expected, double predicate, Describe describePoints)
+    template <size_t N, size_t K>
+    void record(int expected, Points<N, K> const& p)
     {
         ++cases;
+        const double predicate = evaluate(p);
         if (sign(predicate) == expected)
             return;
         if (mismatches++ == 0)
-            firstMismatch = describePoints() + "expected sign " + std::to_string(expected) + ", got "
+            firstMismatch = describe(p) + "expected sign " + std::to_string(expected) + ", got "
                             + std::to_string(predicate);
     }
 };
@@ -151,36 +131,27 @@ void expectAllMatch(const Tally& tally, int minimumCases)
     EXPECT_EQ(tally.mismatches, 0) << "first: " << tally.firstMismatch;
 }
 
-void checkOrient2D(Tally& t, const P2& a, const P2& b, const P2& c)
+// Orient2D, Orient3D, InCircle, InSphere.
+using Tallies = std::array<Tally, 4>;
+
+template <size_t N, size_t K>
+constexpr size_t indexOf()
 {
-    const int s = exactOrient2D(a, b, c);
-    t.record(s, Orient2D(a.data(), b.data(), c.data()), [&] { return describe({a, b, c}); });
-    t.record(s, Orient2D(b.data(), c.data(), a.data()), [&] { return describe({b, c, a}); });
-    t.record(-s, Orient2D(b.data(), a.data(), c.data()), [&] { return describe({b, a, c}); });
+    return (N - 2) + 2 * (K - N - 1);
 }
 
-void checkOrient3D(Tally& t, const P3& a, const P3& b, const P3& c, const P3& d)
+// The points as given, in an even permutation, and in an odd one.
+template <size_t N, size_t K>
+void check(Tallies& t, Points<N, K> p)
 {
-    const int s = exactOrient3D(a, b, c, d);
-    t.record(s, Orient3D(a.data(), b.data(), c.data(), d.data()), [&] { return describe({a, b, c, d}); });
-    t.record(s, Orient3D(b.data(), a.data(), d.data(), c.data()), [&] { return describe({b, a, d, c}); });
-    t.record(-s, Orient3D(a.data(), b.data(), d.data(), c.data()), [&] { return describe({a, b, d, c}); });
-}
-
-void checkInCircle(Tally& t, const P2& a, const P2& b, const P2& c, const P2& d)
-{
-    const int s = exactInCircle(a, b, c, d);
-    t.record(s, InCircle(a.data(), b.data(), c.data(), d.data()), [&] { return describe({a, b, c, d}); });
-    t.record(s, InCircle(b.data(), a.data(), d.data(), c.data()), [&] { return describe({b, a, d, c}); });
-    t.record(-s, InCircle(a.data(), b.data(), d.data(), c.data()), [&] { return describe({a, b, d, c}); });
-}
-
-void checkInSphere(Tally& t, const P3& a, const P3& b, const P3& c, const P3& d, const P3& e)
-{
-    const int s = exactInSphere(a, b, c, d, e);
-    t.record(s, InSphere(a.data(), b.data(), c.data(), d.data(), e.data()), [&] { return describe({a, b, c, d, e}); });
-    t.record(s, InSphere(b.data(), a.data(), c.data(), e.data(), d.data()), [&] { return describe({b, a, c, e, d}); });
-    t.record(-s, InSphere(a.data(), b.data(), c.data(), e.data(), d.data()), [&] { return describe({a, b, c, e, d}); });
+    Tally& tally = t[indexOf<N, K>()];
+    const int s = exactSign(p);
+    tally.record(s, p);
+    std::swap(p[0], p[1]);
+    std::swap(p[K - 2], p[K - 1]);
+    tally.record(s, p);
+    std::swap(p[0], p[1]);
+    tally.record(-s, p);
 }
 
 //-------------------------------------------------------------------------------------------
@@ -276,12 +247,18 @@ std::vector<P3> latticeSphere(int r)
 // Families of input, each at a given scale
 //-------------------------------------------------------------------------------------------
 
-struct Tallies {
-    Tally orient2d;
-    Tally orient3d;
-    Tally inCircle;
-    Tally inSphere;
-};
+// A case with its point `moved` shifted by one ulp per coordinate in every direction.
+template <size_t N, size_t K>
+void checkNudged(Tallies& t, Points<N, K> p, double scale, size_t moved = K - 1)
+{
+    for (auto& point : p)
+        point = scaled(point, scale);
+    const auto at = p[moved];
+    for (int code = 0; code < (N == 2 ? 9 : 27); ++code) {
+        p[moved] = nudged(at, code);
+        check(t, p);
+    }
+}
 
 // Uniform points, clusters far from the origin, and small integers (degenerate by chance).
 void checkRandom(Tallies& t, double scale, unsigned seed, int count)
@@ -291,41 +268,25 @@ void checkRandom(Tallies& t, double scale, unsigned seed, int count)
         const int kind = i % 3;
         const double offset = kind == 1 ? 1000.0 : 0.0;
         const double spread = kind == 1 ? 1e-6 : 1.0;
-        auto p2 = [&] {
-            if (kind == 2)
-                return scaled(P2{source.dyadic(3, 1), source.dyadic(3, 1)}, scale);
-            return scaled(P2{offset + source.uniform(-spread, spread), offset + source.uniform(-spread, spread)},
-                          scale);
+        auto x = [&] {
+            return scale * (kind == 2 ? source.dyadic(3, 1) : offset + source.uniform(-spread, spread));
         };
-        auto p3 = [&] {
-            if (kind == 2)
-                return scaled(P3{source.dyadic(3, 1), source.dyadic(3, 1), source.dyadic(3, 1)}, scale);
-            return scaled(P3{offset + source.uniform(-spread, spread), offset + source.uniform(-spread, spread),
-                             offset + source.uniform(-spread, spread)},
-                          scale);
-        };
-        checkOrient2D(t.orient2d, p2(), p2(), p2());
-        checkOrient3D(t.orient3d, p3(), p3(), p3(), p3());
-        checkInCircle(t.inCircle, p2(), p2(), p2(), p2());
-        checkInSphere(t.inSphere, p3(), p3(), p3(), p3(), p3());
+        auto p2 = [&] { return P2{x(), x()}; };
+        auto p3 = [&] { return P3{x(), x(), x()}; };
+        check(t, Points<2, 3>{p2(), p2(), p2()});
+        check(t, Points<3, 4>{p3(), p3(), p3(), p3()});
+        check(t, Points<2, 4>{p2(), p2(), p2(), p2()});
+        check(t, Points<3, 5>{p3(), p3(), p3(), p3(), p3()});
     }
 }
 
-// Exactly collinear / coplanar / cocircular / cospherical dyadic points, each case also with
-// its last point moved by one ulp per coordinate in every direction.
+// Exactly collinear / coplanar / cocircular / cospherical dyadic points and their last
+// point's ulp neighbours.
 void checkExactlyDegenerate(Tallies& t, double scale, unsigned seed, int count)
 {
     Source source(seed);
     const std::vector<P2> circle = latticeCircle(1105);
     const std::vector<P3> sphere = latticeSphere(45);
-    auto onCircle = [&](const P2& offset) {
-        const P2& p = circle[size_t(source.integer(0, int(circle.size()) - 1))];
-        return scaled(P2{p[0] + offset[0], p[1] + offset[1]}, scale);
-    };
-    auto onSphere = [&](const P3& offset) {
-        const P3& p = sphere[size_t(source.integer(0, int(sphere.size()) - 1))];
-        return scaled(P3{p[0] + offset[0], p[1] + offset[1], p[2] + offset[2]}, scale);
-    };
     for (int i = 0; i < count; ++i) {
         const P2 a2 = {source.dyadic(1000, 16), source.dyadic(1000, 16)};
         const P2 step = {source.dyadic(64, 8), source.dyadic(64, 8)};
@@ -337,27 +298,28 @@ void checkExactlyDegenerate(Tallies& t, double scale, unsigned seed, int count)
         const double slopeX = source.dyadic(8, 4), slopeY = source.dyadic(8, 4), height = source.dyadic(64, 4);
         auto onPlane = [&] {
             const double x = source.dyadic(1000, 8), y = source.dyadic(1000, 8);
-            return scaled(P3{x, y, slopeX * x + slopeY * y + height}, scale);
+            return P3{x, y, slopeX * x + slopeY * y + height};
         };
-        const P3 a3 = onPlane(), b3 = onPlane(), c3 = onPlane(), d3 = onPlane();
+        const Points<3, 4> plane = {onPlane(), onPlane(), onPlane(), onPlane()};
 
         const P2 circleOffset = {source.dyadic(800, 8), source.dyadic(800, 8)};
-        const P2 ca = onCircle(circleOffset), cb = onCircle(circleOffset), cc = onCircle(circleOffset),
-                 cd = onCircle(circleOffset);
+        auto onCircle = [&] {
+            const P2& p = circle[size_t(source.integer(0, int(circle.size()) - 1))];
+            return P2{p[0] + circleOffset[0], p[1] + circleOffset[1]};
+        };
+        const Points<2, 4> cocircular = {onCircle(), onCircle(), onCircle(), onCircle()};
 
         const P3 sphereOffset = {source.dyadic(800, 8), source.dyadic(800, 8), source.dyadic(800, 8)};
-        const P3 sa = onSphere(sphereOffset), sb = onSphere(sphereOffset), sc = onSphere(sphereOffset),
-                 sd = onSphere(sphereOffset), se = onSphere(sphereOffset);
+        auto onSphere = [&] {
+            const P3& p = sphere[size_t(source.integer(0, int(sphere.size()) - 1))];
+            return P3{p[0] + sphereOffset[0], p[1] + sphereOffset[1], p[2] + sphereOffset[2]};
+        };
+        const Points<3, 5> cospherical = {onSphere(), onSphere(), onSphere(), onSphere(), onSphere()};
 
-        const P2 a2s = scaled(a2, scale), b2s = scaled(b2, scale), c2s = scaled(c2, scale);
-        for (int code = 0; code < 27; ++code) {
-            if (code < 9) {
-                checkOrient2D(t.orient2d, a2s, b2s, nudged(c2s, code));
-                checkInCircle(t.inCircle, ca, cb, cc, nudged(cd, code));
-            }
-            checkOrient3D(t.orient3d, a3, b3, c3, nudged(d3, code));
-            checkInSphere(t.inSphere, sa, sb, sc, sd, nudged(se, code));
-        }
+        checkNudged(t, Points<2, 3>{a2, b2, c2}, scale);
+        checkNudged(t, cocircular, scale);
+        checkNudged(t, plane, scale);
+        checkNudged(t, cospherical, scale);
     }
 }
 
@@ -376,38 +338,33 @@ void checkMixedMagnitudeDegenerate(Tallies& t, double scale, unsigned seed, int 
         const double m = source.dyadic(8, 4), n = source.dyadic(8, 4), k = source.dyadic(16, 4);
         auto onLine = [&] {
             const double x = mixed(source.integer(-30, 10));
-            return scaled(P2{x, m * x + k}, scale);
+            return P2{x, m * x + k};
         };
         auto onPlane = [&] {
             const int exponent = source.integer(-30, 10);
             const double x = mixed(exponent), y = mixed(exponent);
-            return scaled(P3{x, y, m * x + n * y + k}, scale);
+            return P3{x, y, m * x + n * y + k};
         };
-        const P2 a2 = onLine(), b2 = onLine(), c2 = onLine(), d2 = onLine();
-        const P3 a3 = onPlane(), b3 = onPlane(), c3 = onPlane(), d3 = onPlane();
+        const Points<2, 4> line = {onLine(), onLine(), onLine(), onLine()};
+        const Points<3, 4> plane = {onPlane(), onPlane(), onPlane(), onPlane()};
 
         const double height = source.dyadic(64, 4);
         auto onCircle = [&] {
             const P2& p = circle[size_t(source.integer(0, int(circle.size()) - 1))];
-            return scaled(P3{p[0] * 0x1p30, p[1] * 0x1p30, height}, scale);
+            return P3{p[0] * 0x1p30, p[1] * 0x1p30, height};
         };
-        const P3 sa = onCircle(), sb = onCircle(), sc = onCircle(), sd = onCircle();
-        const P3 se = scaled(P3{mixed(source.integer(-30, 10)), mixed(source.integer(-30, 10)),
-                                mixed(source.integer(-30, 10))},
-                             scale);
-        for (int code = 0; code < 27; ++code) {
-            if (code < 9) {
-                checkOrient2D(t.orient2d, a2, b2, nudged(c2, code));
-                checkInCircle(t.inCircle, a2, b2, c2, nudged(d2, code));
-            }
-            checkOrient3D(t.orient3d, a3, b3, c3, nudged(d3, code));
-            checkInSphere(t.inSphere, sa, sb, sc, nudged(sd, code), se);
-        }
+        Points<3, 5> sphere = {onCircle(), onCircle(), onCircle(), onCircle()};
+        sphere[4] = P3{mixed(source.integer(-30, 10)), mixed(source.integer(-30, 10)), mixed(source.integer(-30, 10))};
+
+        checkNudged(t, Points<2, 3>{line[0], line[1], line[2]}, scale);
+        checkNudged(t, line, scale);
+        checkNudged(t, plane, scale);
+        checkNudged(t, sphere, scale, 3);
     }
 }
 
 // Points computed onto a line / plane / circle / sphere in doubles (so within rounding of
-// it, not on it), then moved by one ulp per coordinate in every direction.
+// it, not on it), then their last point's ulp neighbours.
 void checkRoundedOnto(Tallies& t, double scale, unsigned seed, int count)
 {
     Source source(seed);
@@ -428,7 +385,7 @@ void checkRoundedOnto(Tallies& t, double scale, unsigned seed, int count)
             const double angle = source.uniform(0.0, 6.283185307179586);
             return P2{center2[0] + radius2 * std::cos(angle), center2[1] + radius2 * std::sin(angle)};
         };
-        const P2 ca = onCircle(), cb = onCircle(), cc = onCircle(), cd = onCircle();
+        const Points<2, 4> circle = {onCircle(), onCircle(), onCircle(), onCircle()};
 
         const P3 center3 = source.point3(-1, 1);
         const double radius3 = source.uniform(0.1, 2.0);
@@ -436,32 +393,22 @@ void checkRoundedOnto(Tallies& t, double scale, unsigned seed, int count)
             const P3 v = source.direction();
             return P3{center3[0] + radius3 * v[0], center3[1] + radius3 * v[1], center3[2] + radius3 * v[2]};
         };
-        const P3 sa = onSphere(), sb = onSphere(), sc = onSphere(), sd = onSphere(), se = onSphere();
+        const Points<3, 5> sphere = {onSphere(), onSphere(), onSphere(), onSphere(), onSphere()};
 
-        for (int code = 0; code < 27; ++code) {
-            if (code < 9) {
-                checkOrient2D(t.orient2d, scaled(a2, scale), scaled(b2, scale), nudged(scaled(c2, scale), code));
-                checkInCircle(t.inCircle, scaled(ca, scale), scaled(cb, scale), scaled(cc, scale),
-                              nudged(scaled(cd, scale), code));
-            }
-            checkOrient3D(t.orient3d, scaled(a3, scale), scaled(b3, scale), scaled(c3, scale),
-                          nudged(scaled(d3, scale), code));
-            checkInSphere(t.inSphere, scaled(sa, scale), scaled(sb, scale), scaled(sc, scale), scaled(sd, scale),
-                          nudged(scaled(se, scale), code));
-        }
+        checkNudged(t, Points<2, 3>{a2, b2, c2}, scale);
+        checkNudged(t, circle, scale);
+        checkNudged(t, Points<3, 4>{a3, b3, c3, d3}, scale);
+        checkNudged(t, sphere, scale);
     }
 }
 
 void expectAllMatch(const Tallies& t, int minimumCases)
 {
-    SCOPED_TRACE("Orient2D");
-    expectAllMatch(t.orient2d, minimumCases);
-    SCOPED_TRACE("Orient3D");
-    expectAllMatch(t.orient3d, minimumCases);
-    SCOPED_TRACE("InCircle");
-    expectAllMatch(t.inCircle, minimumCases);
-    SCOPED_TRACE("InSphere");
-    expectAllMatch(t.inSphere, minimumCases);
+    const char* names[] = {"Orient2D", "Orient3D", "InCircle", "InSphere"};
+    for (size_t i = 0; i < t.size(); ++i) {
+        SCOPED_TRACE(names[i]);
+        expectAllMatch(t[i], minimumCases);
+    }
 }
 
 constexpr double kUlpAtHalf = 0x1p-53; // spacing of the doubles in [0.5, 1)
@@ -470,36 +417,22 @@ constexpr double kUlpAtHalf = 0x1p-53; // spacing of the doubles in [0.5, 1)
 // Tests
 //-------------------------------------------------------------------------------------------
 
+// Each predicate is positive in its documented configuration: c left of a->b; d below the
+// counter-clockwise a, b, c seen from +z; d inside the counter-clockwise circle a, b, c; e
+// inside the sphere through a, b, c, d with Orient3D(a, b, c, d) > 0. The exact references
+// agree, so that the comparisons below pin the predicates to the geometry.
 TEST(ExactPredicatesTest, SignsFollowTheDocumentedGeometry)
 {
-    const P2 o = {0, 0}, x = {1, 0}, y = {0, 1};
-    EXPECT_GT(Orient2D(o.data(), x.data(), y.data()), 0.0);
-    EXPECT_LT(Orient2D(o.data(), y.data(), x.data()), 0.0);
-    const P2 onLine = {7, 0};
-    EXPECT_EQ(Orient2D(o.data(), x.data(), onLine.data()), 0.0);
-    EXPECT_EQ(exactOrient2D(o, x, y), 1);
-
-    // a, b, c counter-clockwise seen from +z; "below" is -z.
-    const P3 a = {0, 0, 0}, b = {1, 0, 0}, c = {0, 1, 0}, below = {0, 0, -1}, above = {0, 0, 1}, in = {5, 7, 0};
-    EXPECT_GT(Orient3D(a.data(), b.data(), c.data(), below.data()), 0.0);
-    EXPECT_LT(Orient3D(a.data(), b.data(), c.data(), above.data()), 0.0);
-    EXPECT_EQ(Orient3D(a.data(), b.data(), c.data(), in.data()), 0.0);
-    EXPECT_EQ(exactOrient3D(a, b, c, below), 1);
-
-    const P2 east = {1, 0}, north = {0, 1}, west = {-1, 0}, south = {0, -1}, far = {2, 2};
-    EXPECT_GT(InCircle(east.data(), north.data(), west.data(), o.data()), 0.0);
-    EXPECT_LT(InCircle(east.data(), north.data(), west.data(), far.data()), 0.0);
-    EXPECT_EQ(InCircle(east.data(), north.data(), west.data(), south.data()), 0.0);
-    EXPECT_LT(InCircle(west.data(), north.data(), east.data(), o.data()), 0.0); // clockwise flips
-    EXPECT_EQ(exactInCircle(east, north, west, o), 1);
-
-    const P3 e3 = {1, 0, 0}, n3 = {0, 1, 0}, w3 = {-1, 0, 0}, bottom = {0, 0, -1}, top = {0, 0, 1},
-             centre = {0, 0, 0}, outside = {3, 3, 3};
-    ASSERT_GT(Orient3D(e3.data(), n3.data(), w3.data(), bottom.data()), 0.0);
-    EXPECT_GT(InSphere(e3.data(), n3.data(), w3.data(), bottom.data(), centre.data()), 0.0);
-    EXPECT_LT(InSphere(e3.data(), n3.data(), w3.data(), bottom.data(), outside.data()), 0.0);
-    EXPECT_EQ(InSphere(e3.data(), n3.data(), w3.data(), bottom.data(), top.data()), 0.0);
-    EXPECT_EQ(exactInSphere(e3, n3, w3, bottom, centre), 1);
+    const P2 o = {0, 0}, x = {1, 0}, y = {0, 1}, w = {-1, 0};
+    const P3 O = {0, 0, 0}, X = {1, 0, 0}, Y = {0, 1, 0}, W = {-1, 0, 0}, below = {0, 0, -1};
+    auto positive = [](const auto& points) {
+        EXPECT_GT(evaluate(points), 0.0) << describe(points);
+        EXPECT_EQ(exactSign(points), 1) << describe(points);
+    };
+    positive(Points<2, 3>{o, x, y});
+    positive(Points<3, 4>{O, X, Y, below});
+    positive(Points<2, 4>{x, y, w, o});
+    positive(Points<3, 5>{X, Y, W, below, O});
 }
 
 TEST(ExactPredicatesTest, EachFamilyOfInputMatchesExactSigns)
@@ -547,29 +480,35 @@ TEST(ExactPredicatesTest, OnAnUlpGridNearTheDegenerateSetEachPredicateIsExact)
     struct Case {
         const char* what;
         int side; // grid points per side
-        std::function<void(Tally&, int, int)> check;
+        std::function<void(Tallies&, int, int)> check;
     } cases[] = {
         {"Orient2D, the line x == y", 256,
-         [&](Tally& t, int i, int j) { checkOrient2D(t, {12, 12}, {24, 24}, P2{at(i), at(j)}); }},
+         [&](Tallies& t, int i, int j) { check(t, Points<2, 3>{{{12, 12}, {24, 24}, {at(i), at(j)}}}); }},
         {"Orient3D, the plane x == z", 128,
-         [&](Tally& t, int i, int j) { checkOrient3D(t, {12, 12, 12}, {24, 24, 24}, {0, 1, 0}, P3{at(i), 0.5, at(j)}); }},
+         [&](Tallies& t, int i, int j) {
+             check(t, Points<3, 4>{{{12, 12, 12}, {24, 24, 24}, {0, 1, 0}, {at(i), 0.5, at(j)}}});
+         }},
         {"InCircle, radius 12 around (0.5, 12.5)", 128,
-         [&](Tally& t, int i, int j) {
-             checkInCircle(t, {12.5, 12.5}, {0.5, 24.5}, {-11.5, 12.5}, P2{at(i), at(j)});
+         [&](Tallies& t, int i, int j) {
+             check(t, Points<2, 4>{{{12.5, 12.5}, {0.5, 24.5}, {-11.5, 12.5}, {at(i), at(j)}}});
          }},
         {"InSphere, radius 12 around (0.5, 0.5, 12.5)", 128,
-         [&](Tally& t, int i, int j) {
-             checkInSphere(t, {12.5, 0.5, 12.5}, {0.5, 12.5, 12.5}, {-11.5, 0.5, 12.5}, {0.5, 0.5, 24.5},
-                           P3{at(i), at(i ^ j), at(j)});
+         [&](Tallies& t, int i, int j) {
+             check(t, Points<3, 5>{{{12.5, 0.5, 12.5},
+                                    {0.5, 12.5, 12.5},
+                                    {-11.5, 0.5, 12.5},
+                                    {0.5, 0.5, 24.5},
+                                    {at(i), at(i ^ j), at(j)}}});
          }},
     };
     for (Case const& c : cases) {
         SCOPED_TRACE(c.what);
-        Tally t;
+        Tallies t;
         for (int i = 0; i < c.side; ++i)
             for (int j = 0; j < c.side; ++j)
                 c.check(t, i, j);
-        expectAllMatch(t, 3 * c.side * c.side);
+        const Tally& tally = t[size_t(&c - cases)];
+        expectAllMatch(tally, 3 * c.side * c.side);
     }
 }
 
@@ -583,7 +522,7 @@ TEST(ExactPredicatesDeathTest, PredicatesAreExactBeforeInitialisation)
         int wrong = 0;
         for (int i = 0; i < 64; ++i) {
             const P2 p = {0.5 + i * kUlpAtHalf, 0.5 + (63 - i) * kUlpAtHalf};
-            wrong += sign(Orient2D(q.data(), r.data(), p.data())) != exactOrient2D(q, r, p);
+            wrong += sign(evaluate(Points<2, 3>{q, r, p})) != exactSign(Points<2, 3>{q, r, p});
         }
         return wrong;
     };

@@ -52,16 +52,11 @@ TEST(MatrixConvention, PointGoesThroughTheLeftFactorFirst)
         V q = RandomVector(rng);
         EXPECT_TRUE(Near(q * (A * B), (q * A) * B, 1e-9));
     }
-}
-
-TEST(MatrixConvention, RowFormulaOfTheAffineTransform)
-{
+    // The row formula: x' = x m0 + y m3 + z m6 + m9, and so on.
     M34 a;
     for (int i = 0; i < 12; ++i)
         a.m[i] = i + 1;
-    V p(2, 3, 5);
-    // x' = x m0 + y m3 + z m6 + m9, and so on.
-    EXPECT_EQ(p * a, V(2 * 1 + 3 * 4 + 5 * 7 + 10, 2 * 2 + 3 * 5 + 5 * 8 + 11, 2 * 3 + 3 * 6 + 5 * 9 + 12));
+    EXPECT_EQ(V(2, 3, 5) * a, V(2 * 1 + 3 * 4 + 5 * 7 + 10, 2 * 2 + 3 * 5 + 5 * 8 + 11, 2 * 3 + 3 * 6 + 5 * 9 + 12));
 }
 
 // The affine inverse undoes the matrix, and the 4x4 inverse by cofactors agrees with it.
@@ -126,15 +121,11 @@ TEST(MatrixFrames, NamedAxisFollowsTheDirection)
     for (int i = 0; i < 100; ++i) {
         V a = RandomVector(rng), b = RandomVector(rng);
         M3 fx = M3::Frame_X(a), fz = M3::Frame_Z(a);
-        EXPECT_TRUE(IsRotation(fx));
-        EXPECT_TRUE(IsRotation(fz));
+        M3 xZ = M3::Frame_xZ(a, b), Xz = M3::Frame_Xz(a, b), yZ = M3::Frame_yZ(a, b);
+        for (M3 const& frame : {fx, fz, xZ, Xz, yZ})
+            EXPECT_TRUE(IsRotation(frame));
         EXPECT_TRUE(Near(fx.row(0), a.normalize()));
         EXPECT_TRUE(Near(fz.row(2), a.normalize()));
-
-        M3 xZ = M3::Frame_xZ(a, b), Xz = M3::Frame_Xz(a, b), yZ = M3::Frame_yZ(a, b);
-        EXPECT_TRUE(IsRotation(xZ));
-        EXPECT_TRUE(IsRotation(Xz));
-        EXPECT_TRUE(IsRotation(yZ));
         // The capital axis is kept exactly; the other lies in the plane of the two directions.
         EXPECT_TRUE(Near(xZ.row(2), b.normalize()));
         EXPECT_GT(xZ.row(0).dot(a), 0);
@@ -180,10 +171,7 @@ TEST(MatrixRotation, ShortestRotationTakesFromToTo)
         M3 half = M3::Rotation(a, b, 0.5);
         EXPECT_TRUE(Near(half * half, R));
     }
-}
-
-TEST(MatrixRotation, OppositeAndEqualDirections)
-{
+    // Equal, opposite and zero directions.
     V a(1, 2, 3);
     EXPECT_TRUE(Near(M3::Rotation(a, a * 4.0), M3()));
     M3 flip = M3::Rotation(a, -a);

@@ -59,8 +59,14 @@ TEST_F(SharedTest, NullAndWeakHandlesHaveNoCounterAndNeverDelete)
     delete raw;
 }
 
-TEST_F(SharedTest, AssignmentReleasesTheOldValueAndSurvivesItself)
+// Assignment releases the old value, survives itself, and takes the new value before it
+// releases the old: below, the target is the holder's only owner and the holder the only
+// other owner of `inner`, so releasing first would free `inner` before it is taken.
+TEST_F(SharedTest, AssignmentReleasesTheOldValueOnlyAfterTakingTheNew)
 {
+    struct Holder : Counted {
+        Shared<Counted> inner;
+    };
     Shared<Counted> a(new Counted), b(new Counted);
     Shared<Counted>& alias = a;
     a = alias;
@@ -68,20 +74,12 @@ TEST_F(SharedTest, AssignmentReleasesTheOldValueAndSurvivesItself)
     a = b;
     EXPECT_EQ(Counted::alive, 1);
     EXPECT_EQ(b.useCount(), 2);
-}
 
-TEST_F(SharedTest, AssigningAHandleItsOwnLastOwnerIsSafe)
-{
-    // The target is the holder's only owner, and the holder the only other owner of
-    // `inner`: releasing first would free `inner` before it is taken.
-    struct Holder : Counted {
-        Shared<Counted> inner;
-    };
     auto* holder = new Holder;
     holder->inner = Shared<Counted>(new Counted);
     Shared<Counted> target(holder);
     target = holder->inner;
-    EXPECT_EQ(Counted::alive, 1);
+    EXPECT_EQ(Counted::alive, 2);
     EXPECT_EQ(target.useCount(), 1);
 }
 

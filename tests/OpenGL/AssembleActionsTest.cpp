@@ -30,6 +30,25 @@ protected:
         twin->selectObjects(selection, true, false);
         history().clear();
     }
+
+    // `action` makes one step that undo takes back exactly and redo makes again; `made`
+    // checks the state it leaves. The step is undone and cleared afterwards.
+    void expectOneExactStep(std::function<bool()> const& action, std::function<void()> const& made)
+    {
+        auto const before = snapshot(root);
+        ASSERT_TRUE(action());
+        auto const after = snapshot(root);
+        EXPECT_NE(difference(after, before), "");
+        made();
+        ASSERT_EQ(history().currentIndex, 0);
+        history().undo();
+        EXPECT_EQ(difference(snapshot(root), before), "");
+        history().redo();
+        EXPECT_EQ(difference(snapshot(root), after), "");
+        EXPECT_TRUE(validate(root).empty());
+        history().undo();
+        history().clear();
+    }
 };
 
 TEST_F(AssembleActionsTest, EveryActionIsOneStepThatUndoesAndRedoesExactly)
@@ -47,20 +66,9 @@ TEST_F(AssembleActionsTest, EveryActionIsOneStepThatUndoesAndRedoesExactly)
         {"unlink", [&] { return AssembleActions::Unlink({twin}); }},
     };
     for (auto const& [name, action] : actions) {
-        auto const before = snapshot(root);
+        SCOPED_TRACE(name);
         V3 const at = worldPoint(a, {1, 1, 1});
-        ASSERT_TRUE(action()) << name;
-        auto const after = snapshot(root);
-        EXPECT_NE(difference(after, before), "") << name;
-        EXPECT_TRUE(near(worldPoint(a, {1, 1, 1}), at)) << name << " moved the object";
-        ASSERT_EQ(history().currentIndex, 0) << name;
-        history().undo();
-        EXPECT_EQ(difference(snapshot(root), before), "") << name;
-        history().redo();
-        EXPECT_EQ(difference(snapshot(root), after), "") << name;
-        EXPECT_TRUE(validate(root).empty()) << name;
-        history().undo();
-        history().clear();
+        expectOneExactStep(action, [&] { EXPECT_TRUE(near(worldPoint(a, {1, 1, 1}), at)) << "moved the object"; });
     }
 }
 
@@ -70,24 +78,16 @@ TEST_F(AssembleActionsTest, DeleteIsOneStepWithOrWithoutTheChildren)
     Tool* child = addObject(other, moveBy(0, 1, 0));
     history().clear();
     for (bool hierarchy : {false, true}) {
-        auto const before = snapshot(root);
+        SCOPED_TRACE(hierarchy);
         V3 const at = worldPoint(child, {1, 1, 1});
-        ASSERT_TRUE(AssembleActions::Delete(other, hierarchy));
-        auto const after = snapshot(root);
-        EXPECT_EQ(other->Parent, nullptr);
-        if (hierarchy) {
-            EXPECT_EQ(child->Parent, nullptr);
-        } else {
-            EXPECT_EQ(child->Parent, root);
-            EXPECT_TRUE(near(worldPoint(child, {1, 1, 1}), at));
-        }
-        ASSERT_EQ(history().currentIndex, 0);
-        history().undo();
-        EXPECT_EQ(difference(snapshot(root), before), "") << hierarchy;
-        history().redo();
-        EXPECT_EQ(difference(snapshot(root), after), "") << hierarchy;
-        history().undo();
-        history().clear();
+        expectOneExactStep([&] { return AssembleActions::Delete(other, hierarchy); },
+                           [&] {
+                               EXPECT_EQ(other->Parent, nullptr);
+                               EXPECT_EQ(child->Parent, hierarchy ? nullptr : root);
+                               if (!hierarchy) {
+                                   EXPECT_TRUE(near(worldPoint(child, {1, 1, 1}), at));
+                               }
+                           });
     }
     EXPECT_FALSE(AssembleActions::Delete(root, true));
 }
@@ -110,9 +110,7 @@ TEST_F(AssembleActionsTest, RefusalsChangeNothing)
 
 TEST_F(AssembleActionsTest, LinkJoinsTwoRings)
 {
-    ASSERT_TRUE(AssembleActions::Link(other, twin));
-    EXPECT_TRUE(a->linked(other));
-    history().undo();
+    expectOneExactStep([&] { return AssembleActions::Link(other, twin); }, [&] { EXPECT_TRUE(a->linked(other)); });
     EXPECT_FALSE(a->linked(other));
     EXPECT_TRUE(a->linked(twin));
 }

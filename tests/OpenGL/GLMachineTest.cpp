@@ -33,46 +33,41 @@ public:
     bool enables = true;
 };
 
-TEST(GLMachine, CompilesAllThenEnablesInOrderAndDisablesInReverse)
+// All compile before any enables; a failure undoes the enabled ones in reverse, and the
+// destructor disables what is still enabled.
+TEST(GLMachine, CompilesAllThenEnablesInOrderAndUndoesInReverse)
 {
-    std::string journal;
-    JournalAtom a("A", journal), b("B", journal);
-    {
-        GLMachine m{&a, nullptr, &b};
-        ASSERT_TRUE(m.enable());
-        EXPECT_TRUE(m.enabled);
-        EXPECT_EQ(journal, "cA cB eA eB ");
-        journal.clear();
-        EXPECT_TRUE(m.enable()); // already enabled: nothing happens
-        EXPECT_EQ(journal, "");
+    struct Row {
+        char const* failingCompile; // the atom that fails, or ""
+        char const* failingEnable;
+        char const* journal; // the whole journal up to and including the destructor
+    } const rows[] = {
+        {"", "", "cA cB cC eA eB eC dC dB dA "},
+        {"B", "", "cA cB "},
+        {"", "C", "cA cB cC eA eB eC dB dA "},
+    };
+    for (Row const& r : rows) {
+        SCOPED_TRACE(r.journal);
+        std::string journal;
+        JournalAtom a("A", journal), b("B", journal), c("C", journal);
+        for (JournalAtom* atom : {&a, &b, &c}) {
+            atom->compiles = atom->name != r.failingCompile;
+            atom->enables = atom->name != r.failingEnable;
+        }
+        bool const works = !*r.failingCompile && !*r.failingEnable;
+        {
+            GLMachine m{&a, nullptr, &b}; // null entries are skipped
+            m.add(&c);
+            EXPECT_EQ(m.enable(), works);
+            EXPECT_EQ(m.enabled, works);
+            std::string const once = journal;
+            if (works) {
+                EXPECT_TRUE(m.enable()); // already enabled: nothing happens
+            }
+            EXPECT_EQ(journal, once);
+        }
+        EXPECT_EQ(journal, r.journal);
     }
-    EXPECT_EQ(journal, "dB dA "); // the destructor disables what is still enabled
-}
-
-TEST(GLMachine, AFailedCompileBindsNothing)
-{
-    std::string journal;
-    JournalAtom a("A", journal), b("B", journal), c("C", journal);
-    b.compiles = false;
-    {
-        GLMachine m{&a, &b, &c};
-        EXPECT_FALSE(m.enable());
-        EXPECT_FALSE(m.enabled);
-    }
-    EXPECT_EQ(journal, "cA cB ");
-}
-
-TEST(GLMachine, AFailedEnableUndoesTheEarlierOnes)
-{
-    std::string journal;
-    JournalAtom a("A", journal), b("B", journal), c("C", journal);
-    c.enables = false;
-    {
-        GLMachine m{&a, &b, &c};
-        EXPECT_FALSE(m.enable());
-        EXPECT_FALSE(m.enabled);
-    }
-    EXPECT_EQ(journal, "cA cB cC eA eB eC dB dA ");
 }
 
 TEST(GLMachine, DisableIsExplicitAndTheDestructorThenStaysQuiet)

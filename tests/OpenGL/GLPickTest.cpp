@@ -82,7 +82,7 @@ protected:
     }
 };
 
-TEST_F(GLPickTest, TheMiddleIsTheBoxAndTheCornerIsNothing)
+TEST_F(GLPickTest, TheMiddleIsTheBoxAndTheCornerIsNothingStraightOrUnderThePointer)
 {
     Frame();
     GLLayer* layer = view->Layers.get();
@@ -109,11 +109,8 @@ TEST_F(GLPickTest, TheMiddleIsTheBoxAndTheCornerIsNothing)
     pick.request(layer, -5, H + 10);
     EXPECT_FALSE(pick.wait().hit);
     pick.release();
-}
 
-TEST_F(GLPickTest, ThePointerFindsTheToolAndThePointOnItsSurface)
-{
-    Frame();
+    // The pointer finds the tool and the point on its surface.
     ViewportInput& in = *view->input;
     mouse.x = W / 2 + 0.5f;
     mouse.y = H / 2 + 0.5f;

@@ -32,15 +32,16 @@ struct Projection {
 };
 Projection const SETUPS[] = {{0, false}, {0, true}, {1, false}, {1, true}};
 
-TEST(ViewProjection, WorldToScreenAndBackInEveryProjection)
+// World to screen and back, the near and far planes at depths 0 and 1, and the width of a
+// pixel at a depth.
+TEST(ViewProjection, ConversionsAgreeInEveryProjection)
 {
     for (Projection s : SETUPS) {
+        SCOPED_TRACE(testing::Message() << "camera " << s.cameraType << ", orthographic " << s.orthographic);
         Camera const c = MakeCamera(s.cameraType);
-        ViewProjection const v(c, 640, 480, 50, 1, 500, s.orthographic);
-        for (V3 p : {c.position, c.position + V3(4, 1, -3), c.eye() + (c.position - c.eye()) * 0.2}) {
-            V3 const screen = v.point_world_to_screen(p);
-            EXPECT_TRUE(Near(v.point_screen_to_world(screen), p, 1e-7)) << s.cameraType << s.orthographic;
-        }
+        ViewProjection const v(c, 640, 480, 50, 2, 800, s.orthographic);
+        for (V3 p : {c.position, c.position + V3(4, 1, -3), c.eye() + (c.position - c.eye()) * 0.2})
+            EXPECT_TRUE(Near(v.point_screen_to_world(v.point_world_to_screen(p)), p, 1e-7));
         // The point looked at is the middle of the screen.
         V3 const middle = v.point_world_to_screen(c.position);
         EXPECT_NEAR(middle.x, 320, 1e-7);
@@ -49,31 +50,17 @@ TEST(ViewProjection, WorldToScreenAndBackInEveryProjection)
         V3 const above = v.point_world_to_screen(c.position + v.normal_screen_to_world({0, 1, 0}));
         EXPECT_LT(above.y, middle.y);
         EXPECT_TRUE(Near(v.normal_world_to_screen(v.normal_screen_to_world({0.2, 0.3, 0.9})), V3(0.2, 0.3, 0.9)));
-    }
-}
 
-TEST(ViewProjection, NearAndFarPlanesAreDepthZeroAndOne)
-{
-    for (Projection s : SETUPS) {
-        ViewProjection const v(MakeCamera(s.cameraType), 300, 200, 45, 2, 800, s.orthographic);
         EXPECT_NEAR(v.depthScreenInv(v.Near()), 0.0, 1e-9);
         EXPECT_NEAR(v.depthScreenInv(v.Far()), 1.0, 1e-9);
-        for (double d : {2.0, 17.5, 40.0, 799.0})
-            EXPECT_NEAR(v.depthScreen(v.depthScreenInv(d)), d, 1e-6 * d);
-        // A point at depth value z lies that far in front of the eye.
-        V3 const p = v.point_screen_to_world({10, 20, v.depthScreenInv(100)});
-        EXPECT_NEAR(-(p * v.modelView).z, 100, 1e-6);
-    }
-}
-
-TEST(ViewProjection, APixelAtADepthIsPixelSizeWide)
-{
-    for (Projection s : SETUPS) {
-        ViewProjection const v(MakeCamera(s.cameraType), 640, 480, 60, 1, 1000, s.orthographic);
-        for (double d : {10.0, 40.0, 300.0}) {
+        for (double d : {2.0, 17.5, 40.0, 300.0, 799.0}) {
             double const z = v.depthScreenInv(d);
-            double const step = (v.point_screen_to_world({101, 50, z}) - v.point_screen_to_world({100, 50, z})).length();
-            EXPECT_NEAR(step, v.pixelSize(d), 1e-9 * d) << s.orthographic << " at " << d;
+            EXPECT_NEAR(v.depthScreen(z), d, 1e-6 * d);
+            // A point at depth value z lies that far in front of the eye, and a pixel there is
+            // pixelSize wide.
+            V3 const p = v.point_screen_to_world({100, 50, z});
+            EXPECT_NEAR(-(p * v.modelView).z, d, 1e-6 * d);
+            EXPECT_NEAR((v.point_screen_to_world({101, 50, z}) - p).length(), v.pixelSize(d), 1e-9 * d) << d;
         }
     }
 }
@@ -84,16 +71,16 @@ TEST(ViewProjection, CameraMovesKeepTheirPointOnScreen)
     for (Projection s : SETUPS) {
         Camera c = MakeCamera(s.cameraType);
         V3 const point = c.position + V3(2, 3, -1);
-        V3 const before = ViewProjection(c, 640, 480, 50, 1, 500, s.orthographic).point_world_to_screen(point);
+        auto onScreen = [&] { return ViewProjection(c, 640, 480, 50, 1, 500, s.orthographic).point_world_to_screen(point); };
+        V3 const before = onScreen();
         c.zoomAbout(point, 0.5);
-        V3 const zoomed = ViewProjection(c, 640, 480, 50, 1, 500, s.orthographic).point_world_to_screen(point);
-        EXPECT_NEAR(zoomed.x, before.x, 1e-7);
-        EXPECT_NEAR(zoomed.y, before.y, 1e-7);
         EXPECT_NEAR(c.distance, 20, 1e-12);
-        c.rotateAbout(point, 0.2, -0.3, 0.0);
-        V3 const turned = ViewProjection(c, 640, 480, 50, 1, 500, s.orthographic).point_world_to_screen(point);
-        EXPECT_NEAR(turned.x, before.x, 1e-7);
-        EXPECT_NEAR(turned.y, before.y, 1e-7);
+        for (int turned = 0; turned < 2; ++turned) {
+            V3 const after = onScreen();
+            EXPECT_NEAR(after.x, before.x, 1e-7) << turned;
+            EXPECT_NEAR(after.y, before.y, 1e-7) << turned;
+            c.rotateAbout(point, 0.2, -0.3, 0.0);
+        }
     }
 }
 

@@ -106,22 +106,18 @@ TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailNewestFirst)
     EXPECT_EQ(pops, 2);
     EXPECT_EQ(h().commands.size(), 2u);
     EXPECT_EQ(h().currentIndex, 1);
-}
-
-TEST_F(HistoryTest, PushAfterUndoDestroysTheRedoTailEvenWhenTheNewCommandMerges)
-{
-    Probe* a = probe("a", true);
-    probe("b");
+    // Even when the new command merges into the current one.
+    Probe* e = probe("e", true);
+    probe("f");
     h().undo();
-    probe("c", true, true);
-    EXPECT_TRUE(destroyed("b"));
-    EXPECT_EQ(h().commands.size(), 1u);
-    EXPECT_EQ(h().current(), a);
-    EXPECT_FALSE(destroyed("c")) << "a merged command waits for the history to be cleared";
+    probe("g", true, true);
+    EXPECT_TRUE(destroyed("f"));
+    EXPECT_EQ(h().commands.size(), 3u);
+    EXPECT_EQ(h().current(), e);
+    EXPECT_FALSE(destroyed("g")) << "a merged command waits for the history to be cleared";
     h().clear();
-    EXPECT_TRUE(destroyed("c"));
+    EXPECT_TRUE(destroyed("g"));
 }
-
 TEST_F(HistoryTest, TwoEqualMergeableCommandsLeaveOneEntryWithoutASignal)
 {
     probe("a", true);
@@ -133,7 +129,9 @@ TEST_F(HistoryTest, TwoEqualMergeableCommandsLeaveOneEntryWithoutASignal)
     EXPECT_EQ(journal, (Journal{"ua"}));
 }
 
-TEST_F(HistoryTest, TheStepPastCapacityPushesOutTheFirstWithoutDestroyingIt)
+// Past capacity the oldest steps go out of the front, kept until the history is cleared;
+// a lowered capacity trims at the next push.
+TEST_F(HistoryTest, StepsPastCapacityArePushedOutOfTheFrontAndDestroyedAtTheClear)
 {
     for (int i = 0; i < 1000; ++i)
         probe(std::to_string(i));
@@ -145,20 +143,14 @@ TEST_F(HistoryTest, TheStepPastCapacityPushesOutTheFirstWithoutDestroyingIt)
     EXPECT_EQ(static_cast<Probe*>(h().commands.front())->tag, "1");
     EXPECT_FALSE(destroyed("0"));
     ASSERT_EQ(h().dropped.size(), 1u);
+    h().capacity = 2;
+    probe("next");
+    EXPECT_EQ(h().commands.size(), 2u);
+    EXPECT_EQ(h().currentIndex, 1);
+    EXPECT_EQ(popFronts, 1 + 999);
     h().clear();
     EXPECT_TRUE(destroyed("0"));
     EXPECT_TRUE(h().dropped.empty());
-}
-
-TEST_F(HistoryTest, ALoweredCapacityTrimsTheOldestStepsAtTheNextPush)
-{
-    for (char c : std::string("abcde"))
-        probe(std::string(1, c));
-    h().capacity = 2;
-    probe("f");
-    EXPECT_EQ(h().commands.size(), 2u);
-    EXPECT_EQ(h().currentIndex, 1);
-    EXPECT_EQ(popFronts, 4);
 }
 
 TEST_F(HistoryTest, APushIntoAnOpenGroupNeitherMovesCurrentNorSignalsNorEvicts)
@@ -285,20 +277,6 @@ TEST_F(HistoryTest, PopCleanupAndClearDestroyNewestFirstAndKeepCurrentInRange)
     EXPECT_EQ(journal, (Journal{"~e", "~d"}));
     EXPECT_EQ(pops, 5);
     EXPECT_EQ(h().currentIndex, -1);
-}
-
-// Code that needs a temporary change groups it, undoes it and drops the step.
-TEST_F(HistoryTest, ATemporaryChangeIsTakenBackWithoutATrace)
-{
-    probe("kept");
-    h().superBegin("temporary", false);
-    probe("t");
-    h().superEnd();
-    h().undo();
-    EXPECT_TRUE(h().pop());
-    EXPECT_EQ(h().commands.size(), 1u);
-    EXPECT_EQ(h().currentIndex, 0);
-    EXPECT_EQ(journal, (Journal{"ut", "~t"}));
 }
 
 // A command that pushes from inside its undo must not cut the list being walked.

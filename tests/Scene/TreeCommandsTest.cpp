@@ -120,21 +120,6 @@ TEST_F(TreeTest, NoUndoAndPushLeavesAToolWithoutOwner)
     delete kept;
 }
 
-// A step pushed out for the budget keeps what it owns until the history is cleared.
-TEST_F(TreeTest, ADeletionPushedOutForTheBudgetWaitsForTheClear)
-{
-    history().capacity = 3;
-    Tool* a = add(root);
-    int count = Tool::COUNT;
-    a->remove();
-    for (int i = 0; i < 5; ++i)
-        add(root);
-    EXPECT_EQ(history().commands.size(), 3u);
-    EXPECT_EQ(Tool::COUNT, count + 5);
-    history().clear();
-    EXPECT_EQ(Tool::COUNT, count + 4);
-}
-
 TEST_F(TreeTest, LinkAndUnlinkCommandsRestoreTheRingOrder)
 {
     Tool* t[3];

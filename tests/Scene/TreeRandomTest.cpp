@@ -64,10 +64,10 @@ protected:
         return Matrix34<double>(R * real(0.5, 2), Vector3<double>(real(-5, 5), real(-5, 5), real(-5, 5)));
     }
 
-    std::vector<Tool*> tools()
+    std::vector<Tool*> tools(Tool* top = nullptr)
     {
         std::vector<Tool*> list;
-        root->toList(list);
+        (top ? top : root)->toList(list);
         return list;
     }
 
@@ -90,13 +90,6 @@ protected:
                 return p;
         }
         return root;
-    }
-
-    int subtreeSize(Tool* t)
-    {
-        std::vector<Tool*> list;
-        t->toList(list);
-        return int(list.size());
     }
 
     void edit()
@@ -158,7 +151,7 @@ protected:
             break;
         }
         case 8: {
-            if (subtreeSize(t) > 12)
+            if (tools(t).size() > 12)
                 break;
             Tool* copy = uniform(0, 1) ? t->cloneTool(uniform(0, 1)) : t->cloneObject(randomMatrix(), randomMatrix());
             parentFor(nullptr)->addChild(copy);
