@@ -829,6 +829,12 @@ void GLWidget::writeReport(char const* event)
             << "objects=" << Scene::instance().root->children.size() << "\n"
             << "file=" << window()->windowFilePath().toStdString() << "\n"
             << "blocked=" << gAllActionsBlocked << "\n";
+        // The Render tab's edge switch: its state and where it stands, in window pixels.
+        auto const edge = UI::instance().renderTab.centres.find("Edge Detect");
+        float const uiToWindow = float(width()) / float(std::max(1, uiFramebuffer->width));
+        out << "edges=" << Rendering::instance().EdgeDetect << "\n";
+        if (edge != UI::instance().renderTab.centres.end())
+            out << "edges_at=" << edge->second[0] * uiToWindow << "," << edge->second[1] * uiToWindow << "\n";
         // The viewport's state: action, history, selection, hover, the camera's eye, the
         // point it orbits, the world size of a pixel at the last press, and where the first objects stand.
         ViewportInput const& in = *view->input;

@@ -270,6 +270,21 @@ def scenario_scene(app):
           % (middle, stage))
     check(colors(png, 560, 320, 160, 160) > 3, "the mesh is drawn without shading")
     check(colors(png, 20, 300, 100, 200) == 1, "the stage beside the mesh is not one colour")
+
+    # The Render tab switches the edge pass on: the box's outline turns black.
+    state = app.wait_for("the Render tab", lambda s: "edges_at" in s)
+    check(state.get("edges") == "0", "edges are on before the switch: %r" % state)
+    x, y = (str(int(float(v))) for v in state["edges_at"].split(","))
+    app.xdo("mousemove", x, y)  # the interface learns what the pointer is over before the press
+    time.sleep(0.5)
+    app.xdo("click", "1")
+    app.wait_for("the edge pass", lambda s: s.get("edges") == "1")
+    app.xdo("mousemove", "150", "150")
+    time.sleep(1)
+    edged = app.shot("edges")
+    def black(shot):
+        return sum(1 for px in range(440, 840, 4) for py in range(200, 600, 4) if max(pixel(shot, px, py)) < 20)
+    check(black(edged) > black(png) + 20, "no black outline: %d black samples against %d" % (black(edged), black(png)))
     app.process.kill()
     app.process.wait()
 

@@ -3,6 +3,7 @@
 #include "Core/ReadTextFile.h"
 #include "OpenGL/Gui/ShaderEditor.h"
 #include "OpenGL/GLState.h"
+#include "OpenGL/Rendering.h"
 #include "OpenGL/Texture2D.h"
 
 #include <glad/gl.h>
@@ -126,6 +127,7 @@ void UI::draw(Frame const& frame)
     if (showText)
         drawText();
     drawNavigation(frame.navigation);
+    drawContent();
     drawStatus(frame.status);
     ShaderEditor::instance().draw();
     drawProgress();
@@ -292,6 +294,23 @@ void UI::drawNavigation(Texture2D const* navigation)
         // GL rows run bottom-up: flip the image.
         ImTextureID id = reinterpret_cast<ImTextureID>(std::uintptr_t(navigation->textureId));
         ImGui::Image(id, ImVec2(float(navigation->width()), float(navigation->height())), ImVec2(0, 1), ImVec2(1, 0));
+    }
+    ImGui::End();
+}
+
+void UI::drawContent()
+{
+    ImGuiCond cond = resetLayout ? ImGuiCond_Always : ImGuiCond_FirstUseEver;
+    ImGuiIO& io = ImGui::GetIO();
+    ImGui::SetNextWindowPos(ImVec2(io.DisplaySize.x - 330, 150), cond);
+    ImGui::SetNextWindowSize(ImVec2(320, 560), cond);
+    if (ImGui::Begin("Content##tTabsContent", nullptr, ImGuiWindowFlags_NoCollapse) &&
+        ImGui::BeginTabBar("tabs")) {
+        if (ImGui::BeginTabItem("Render##tTabRender")) {
+            renderTab.draw(Rendering::instance());
+            ImGui::EndTabItem();
+        }
+        ImGui::EndTabBar();
     }
     ImGui::End();
 }

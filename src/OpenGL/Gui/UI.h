@@ -6,10 +6,12 @@
 // frame is pushed to `ui_callbacks`, which the frame loop drains after the interface is drawn.
 //
 // Windows so far: the log (pLogWindow), the info window, the text window (pTextWindow: the key
-// sheet "Controls"), the start window (pStartWindow) and the "Navigation" sphere.
+// sheet "Controls"), the start window (pStartWindow), the "Navigation" sphere and the content
+// window (tTabsContent) with its Render tab.
 #pragma once
 
 #include "Memory/Singleton.h"
+#include "OpenGL/Gui/RenderTab.h"
 
 #include <QString>
 
@@ -59,6 +61,7 @@ public:
     QString progressTitle;
     int progressSteps = 0;
     int progressStep = 0;
+    RenderTab renderTab;      // the Render tab of the content window
 
     void start();
     void shutdown();
@@ -88,6 +91,9 @@ private:
     void drawStart();
     void drawStatus(std::vector<std::string> const& lines);
     void drawNavigation(Texture2D const* navigation);
+    // The content window (tTabsContent) at the right, below the navigation sphere: so far its
+    // Render tab alone.
+    void drawContent();
 };
 
 } // namespace vel
