@@ -23,6 +23,7 @@ GLComposit::GLComposit(int width, int height, bool mipmaps)
     DepthCopy = Shared<FBO>(new FBO(dsDepthStencil, width, height));
     Reduced = Shared<FBO>(new FBO(dsNone, reduced(width), reduced(height)));
     Reduced->addColor(GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+    Tiles = Shared<EdgeTiles>(new EdgeTiles(width, height));
 }
 
 Texture2D* GLComposit::copyDepth()
@@ -87,9 +88,11 @@ void GLComposit::endEffect()
 void GLComposit::edgeDetection()
 {
     beginEffect();
-    GLEdgeDetection(current(), Layers->ObjectItemsElement, Layers->NormalNormalized, next(), EDGE_LIMIT,
+    // In place: only the edges are written, so the picture stays current().
+    GLEdgeDetection(current(), Layers->ObjectItemsElement, Layers->NormalNormalized, *Tiles, current(), EDGE_LIMIT,
                     Rendering::instance().fast);
-    endEffect();
+    if (mipmaps)
+        current()->generateMipMaps(-1);
 }
 
 void GLComposit::SSAO()
@@ -135,6 +138,7 @@ bool GLComposit::resize(int w, int h)
     changed = ColorOnly->resize(w, h) || changed;
     DepthCopy->resize(w, h);
     Reduced->resize(reduced(w), reduced(h));
+    Tiles->resize(w, h);
     return changed;
 }
 
