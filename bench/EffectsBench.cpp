@@ -6,6 +6,9 @@
 
 #include "OpenGL/GLView.h"
 #include "OpenGL/Rendering.h"
+#include "Scene/Root.h"
+#include "Scene/Scene.h"
+#include "Scene/Tool.h"
 
 #include <glad/gl.h>
 
@@ -74,6 +77,30 @@ BENCHMARK(BM_Effect)
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
+
+// The contour pass where it runs in a frame: around the middle sphere, marked for contours,
+// at the default width 1 and at the widest, 4.
+void BM_ContourMarked(benchmark::State& state)
+{
+    Rendering& r = Rendering::instance();
+    float const width = r.contours;
+    r.contours = float(state.range(0));
+    WithView(state, [&](GLView& view) {
+        Tool* middle = Scene::instance().root->children[1];
+        middle->material.flags |= 0x2000;
+        view.render();
+        view.contour();
+        glFinish();
+        for (auto _ : state) {
+            view.contour();
+            glFinish();
+        }
+        middle->material.flags &= ~0x2000;
+    });
+    r.contours = width;
+    state.SetLabel("contour of one sphere, 1280x800");
+}
+BENCHMARK(BM_ContourMarked)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The chain of step 18 with every effect on, and the contours before it.
 void BM_EffectChain(benchmark::State& state)

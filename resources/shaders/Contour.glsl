@@ -1,6 +1,7 @@
 // Contour: outlines of the objects marked for contours; see Include/Contour.
 ##VERTEX
-#include ":/shaders/Include/FullScreen.glsl"
+#include ":/shaders/Include/EdgeTile.glsl"
+#include ":/shaders/Include/EdgeTileQuads.glsl"
 ##FRAGMENT
 #include ":/shaders/Include/RenderFlags.glsl"
 #include ":/shaders/Include/Contour.glsl"

@@ -24,6 +24,7 @@ GLComposit::GLComposit(int width, int height, bool mipmaps)
     Reduced = Shared<FBO>(new FBO(dsNone, reduced(width), reduced(height)));
     // Full floats: the view depths in a weigh the upsample, and half floats are slower to read here.
     Reduced->addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+    Tiles = Shared<EdgeTiles>(new EdgeTiles(width, height));
 }
 
 Texture2D* GLComposit::copyDepth()
@@ -98,9 +99,11 @@ void GLComposit::endEffect()
 void GLComposit::edgeDetection()
 {
     beginEffect();
-    GLEdgeDetection(current(), Layers->ObjectItemsElement, Layers->NormalNormalized, next(), EDGE_LIMIT,
+    // In place: only the edges are written, so the picture stays current().
+    GLEdgeDetection(current(), Layers->ObjectItemsElement, Layers->NormalNormalized, *Tiles, current(), EDGE_LIMIT,
                     Rendering::instance().fast);
-    endEffect();
+    if (mipmaps)
+        current()->generateMipMaps(-1);
 }
 
 void GLComposit::SSAO()
@@ -173,6 +176,7 @@ bool GLComposit::resize(int w, int h)
     DepthCopy->resize(w, h);
     depthCopyFrame = -1;
     Reduced->resize(reduced(w), reduced(h));
+    Tiles->resize(w, h);
     return changed;
 }
 

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "Memory/Shared.h"
+#include "OpenGL/EdgeTiles.h"
 #include "OpenGL/FBO.h"
 #include "OpenGL/GLLayer.h"
 
@@ -51,8 +52,10 @@ public:
     float effectTime = 0.0f; // seconds; moves the noise of the sampling effects
     int effectFrame = 0;     // frames composited; changes the jitter of the rays
     // Black edges between objects and across creases; by ids alone for the fast setting,
-    // whose normals come from depth.
+    // whose normals come from depth. In place: current() stays, no flip.
     void edgeDetection();
+    // The tile summaries of edgeDetection and GLVisual::contour, at this size.
+    Shared<EdgeTiles> Tiles;
     void SSAO();
     void SSSS();
     // The reduced size of a side.

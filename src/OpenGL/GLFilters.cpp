@@ -1,9 +1,11 @@
 #include "OpenGL/GLFilters.h"
 
 #include "Core/Assert.h"
+#include "OpenGL/EdgeTiles.h"
 #include "OpenGL/FBOTexture.h"
 #include "OpenGL/GLFunctions.h"
 #include "OpenGL/GLMachine.h"
+#include "OpenGL/GLState.h"
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 #include "OpenGL/Texture2D.h"
@@ -436,22 +438,71 @@ void GLSSR(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* rou
     pass.draw();
 }
 
-void GLEdgeDetection(Texture2D* image, Texture2D* ids, Texture2D* normal, Texture2D* target, float limit, bool idsOnly)
+namespace {
+// The summaries of `tiles` by `summary` from `ids` and `second` (the flags or the normals;
+// none for ids alone), then their mask by `mask`. Defined with the other passes that bind
+// framebuffers, below.
+void MarkTiles(Shader* summary, Shader* mask, Texture2D* ids, std::pair<char const*, Texture2D*> second,
+               EdgeTiles& tiles, float limit);
+
+// The draw of the last edge or contour pass, whose vertex stage (EdgeTileQuads) makes quads of
+// the tiles that the mask of `tiles` marks.
+void DrawMarkedTiles(EdgeTiles const& tiles, Texture2D* target)
 {
-    FilterPass pass(idsOnly ? Shaders().ShaderSimpleEdgeDetection : Shaders().ShaderEdgeDetection,
-                    {{"Image", image}, {"IDs", ids}, {"Normal", normal}}, target);
-    Shader::setUniform("limit", limit);
-    pass.draw();
+    Shader::setUniform("size", float(target->width()), float(target->height()));
+    if (gl_Cull_Face.value)
+        gl_Cull_Face.set(false);
+    glDrawArrays(GL_TRIANGLES, 0, 6 * tiles.Mask->width * tiles.Mask->height);
 }
 
-void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, Texture2D* target, float width,
+// Leaves alpha as it is while it lives: the passes that draw over a picture in place keep the
+// picture's alpha without reading it.
+class KeepAlpha {
+public:
+    KeepAlpha()
+    {
+        glGetBooleanv(GL_COLOR_WRITEMASK, mask);
+        glColorMask(mask[0], mask[1], mask[2], GL_FALSE);
+    }
+    ~KeepAlpha() { glColorMask(mask[0], mask[1], mask[2], mask[3]); }
+    KeepAlpha(KeepAlpha const&) = delete;
+    KeepAlpha& operator=(KeepAlpha const&) = delete;
+
+private:
+    GLboolean mask[4] = {GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};
+};
+} // namespace
+
+void GLEdgeDetection(Texture2D* image, Texture2D* ids, Texture2D* normal, EdgeTiles& tiles, Texture2D* target,
+                     float limit, bool idsOnly)
+{
+    ShaderManager& s = Shaders();
+    if (image != target)
+        GLCopy(image, target);
+    if (idsOnly)
+        MarkTiles(s.ShaderSimpleEdgeTiles, s.ShaderSimpleEdgeTileMask, ids, {nullptr, nullptr}, tiles, limit);
+    else
+        MarkTiles(s.ShaderEdgeTiles, s.ShaderEdgeTileMask, ids, {"Normal", normal}, tiles, limit);
+    KeepAlpha keep;
+    FilterPass pass(idsOnly ? s.ShaderSimpleEdgeDetection : s.ShaderEdgeDetection,
+                    {{"IDs", ids}, {"Normal", normal}, {"Mask", tiles.Mask->color(0)}}, target);
+    Shader::setUniform("limit", limit);
+    DrawMarkedTiles(tiles, target);
+}
+
+void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, EdgeTiles& tiles, Texture2D* target, float width,
                Vector4<float> const& colour, bool wire)
 {
-    FilterPass pass(wire ? Shaders().ShaderContourWire : Shaders().ShaderContour,
-                    {{"Image", image}, {"IDs", ids}, {"Flags", flags}}, target);
+    ShaderManager& s = Shaders();
+    if (image != target)
+        GLCopy(image, target);
+    MarkTiles(s.ShaderContourTiles, s.ShaderContourTileMask, ids, {"Flags", flags}, tiles, 0.0f);
+    KeepAlpha keep;
+    FilterPass pass(wire ? s.ShaderContourWire : s.ShaderContour,
+                    {{"IDs", ids}, {"Flags", flags}, {"Mask", tiles.Mask->color(0)}}, target);
     Shader::setUniform("width", width);
     Shader::setUniform("ContourColor", colour);
-    pass.draw();
+    DrawMarkedTiles(tiles, target);
 }
 
 namespace {
@@ -563,6 +614,41 @@ private:
     int viewport[4] = {0, 0, 0, 0};
     unsigned const drawn = FBO::DRAW_ID, read = FBO::READ_ID;
 };
+} // namespace
+
+// ---- tiles of the edge and contour passes
+
+namespace {
+void MarkTiles(Shader* summary, Shader* mask, Texture2D* ids, std::pair<char const*, Texture2D*> second,
+               EdgeTiles& tiles, float limit)
+{
+    VEL_ASSERT_MSG(tiles.Mask->width == EdgeTiles::tiles(ids->width()) &&
+                       tiles.Mask->height == EdgeTiles::tiles(ids->height()),
+                   "the edge tiles are made for the picture's size");
+    KeepBindings keep;
+    FBO& summaries = *tiles.Summary;
+    VEL_ASSERT(summaries.enableDraw());
+    glViewport(0, 0, summaries.width, summaries.height);
+    // The normals' cone and lengths go to targets 1 and 2; ids and flags need the first alone.
+    GLenum const buffers[3] = {GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1, GL_COLOR_ATTACHMENT2};
+    glDrawBuffers(summary == Shaders().ShaderEdgeTiles ? 3 : 1, buffers);
+    {
+        GLMachine m{summary, ids};
+        if (second.second)
+            m.add(second.second);
+        VEL_ASSERT(m.enable());
+        Shader::setUniform("IDs", ids->activeTexture());
+        if (second.second)
+            Shader::setUniform(second.first, second.second->activeTexture());
+        GLFill();
+    }
+    VEL_ASSERT(tiles.Mask->enableDraw());
+    glViewport(0, 0, tiles.Mask->width, tiles.Mask->height);
+    FilterPass pass(mask, {{"Ids", summaries.color(0)}, {"Cone", summaries.color(1)}, {"Length", summaries.color(2)}},
+                    tiles.Mask->color(0));
+    Shader::setUniform("limit", limit);
+    pass.draw();
+}
 } // namespace
 
 void GLMinMaxReduce(Texture2D* source, std::deque<FBOTexture*> const& chain)

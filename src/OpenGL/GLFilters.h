@@ -6,7 +6,8 @@
 // attachment (GL_COLOR_ATTACHMENT0 when the target is null). Sources are sampled by normalised
 // coordinates, so they may differ in size from the target, except where a filter says it works
 // texel for texel. Shader and sources go through one GLMachine per call (asserted "m.enable()").
-// Only GLMinMax binds framebuffers and sets the viewport itself, and it restores both.
+// Only GLMinMax and the tile passes of GLEdgeDetection and GLContour bind framebuffers and set
+// the viewport themselves, and they restore both.
 //
 // Index (GLFilters.cpp): copies and point-wise filters; sums; neighbourhood filters; tone,
 // lens and screen-space effects; range by reduction.
@@ -22,6 +23,7 @@
 
 namespace vel {
 
+class EdgeTiles;
 class FBOTexture;
 class Texture2D;
 
@@ -116,12 +118,17 @@ void GLSSSSApply(Texture2D* depth, Texture2D* gathered, Texture2D* target, float
 // changes the jitter of the rays.
 void GLSSR(Texture2D* image, Texture2D* depth, Texture2D* normal, Texture2D* roughMetal, Texture2D* target, int rays,
            float roughness, int frame);
+// The two below change few pixels. They write only those, over a copy of `image` in `target`,
+// or in place when `target` is `image` (then they sample no picture at all); alpha is kept. A
+// pass into `tiles` (of the picture's size; it binds their framebuffers and gives the caller's
+// back, with the viewport) first finds the tiles where nothing can change. Texel for texel.
 // Black edges where the object id of `ids` changes between neighbours or, unless `idsOnly`, the
-// normals turn by more than the angle whose cosine is `limit`. Texel for texel.
-void GLEdgeDetection(Texture2D* image, Texture2D* ids, Texture2D* normal, Texture2D* target, float limit, bool idsOnly);
-// Outlines `width` pixels wide, in `colour`, around the objects whose flags (the w of `flags`)
-// ask for contours; `wire` for wireframe pictures. Texel for texel.
-void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, Texture2D* target, float width,
+// normals turn by more than the angle whose cosine is `limit`.
+void GLEdgeDetection(Texture2D* image, Texture2D* ids, Texture2D* normal, EdgeTiles& tiles, Texture2D* target,
+                     float limit, bool idsOnly);
+// Outlines `width` pixels wide (at most 4), in `colour`, around the objects whose flags (the w
+// of `flags`) ask for contours; `wire` for wireframe pictures.
+void GLContour(Texture2D* image, Texture2D* ids, Texture2D* flags, EdgeTiles& tiles, Texture2D* target, float width,
                Vector4<float> const& colour, bool wire);
 // Depth of field: per pixel a mix of `levels` (five: the picture, then ever more blurred
 // copies) by `size` times the pixel's distance from the eye distance `focus`, relative to it.

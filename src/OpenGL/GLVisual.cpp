@@ -523,8 +523,11 @@ void GLVisual::contour()
 {
     Rendering const& r = Rendering::instance();
     beginPass();
-    GLContour(current(), Layers->ObjectItemsElement, Layers->Normal, next(), r.contours, CONTOUR_COLOR, r.wireframe);
-    endPass();
+    // In place: only the outline is written, so the picture stays current().
+    GLContour(current(), Layers->ObjectItemsElement, Layers->Normal, *Tiles, current(), r.contours, CONTOUR_COLOR,
+              r.wireframe);
+    if (mipmaps)
+        current()->generateMipMaps(-1);
 }
 
 void GLVisual::fog()

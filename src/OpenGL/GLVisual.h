@@ -114,7 +114,8 @@ public:
     std::vector<Texture2D*> blurDown();
 
     // ---- screen effects, each with the settings of Rendering, from current() into next()
-    // Outlines of the objects marked for contours ("Contours " is their width).
+    // Outlines of the objects marked for contours ("Contours " is their width). In place:
+    // current() stays, no flip.
     void contour();
     // Whether a tool of the list is marked for contours: the frame spares the pass otherwise.
     static bool hasContours(ToolList const& list);

@@ -119,6 +119,14 @@ ShaderManager::ShaderManager()
     ShaderSimpleEdgeDetection = builtin(FromFile(Path("SimpleEdgeDetection")));
     ShaderContour = builtin(FromFile(Path("Contour")));
     ShaderContourWire = builtin(FromFile(Path("ContourWire")));
+    // ---- tile summaries of the edge and contour passes
+    ShaderEdgeTiles = builtin(FromFile(Path("EdgeTiles")));
+    ShaderSimpleEdgeTiles = builtin(FromFile(Path("EdgeTiles"), "", "IDS_ONLY"));
+    ShaderContourTiles = builtin(FromFile(Path("EdgeTiles"), "", "CONTOURS"));
+    ShaderEdgeTileMask = builtin(FromFile(Path("EdgeTileMask")));
+    ShaderSimpleEdgeTileMask = builtin(FromFile(Path("EdgeTileMask"), "", "IDS_ONLY"));
+    ShaderContourTileMask = builtin(FromFile(Path("EdgeTileMask"), "", "CONTOURS"));
+    // ---- end of the tile summaries
     ShaderFilterDepthOfField = builtin(FromFile(Path("Filters/FilterDepthOfField")));
     // ---- end of screen effects
     describeMeshPrograms();

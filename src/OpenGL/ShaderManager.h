@@ -116,6 +116,14 @@ public:
     Shader* ShaderSimpleEdgeDetection = nullptr; // edges of ids alone
     Shader* ShaderContour = nullptr;             // outlines of objects marked for contours
     Shader* ShaderContourWire = nullptr;         // the same for wireframe pictures
+    // ---- tile summaries of the edge and contour passes: "EdgeTiles", then "EdgeTileMask"
+    Shader* ShaderEdgeTiles = nullptr;           // ids and the box of the normals
+    Shader* ShaderSimpleEdgeTiles = nullptr;     // IDS_ONLY: ids
+    Shader* ShaderContourTiles = nullptr;        // CONTOURS: ids and the contour flag
+    Shader* ShaderEdgeTileMask = nullptr;        // tiles where ids or normals may change
+    Shader* ShaderSimpleEdgeTileMask = nullptr;  // IDS_ONLY: where ids may change
+    Shader* ShaderContourTileMask = nullptr;     // CONTOURS: where an outline may be
+    // ---- end of the tile summaries
     Shader* ShaderFilterDepthOfField = nullptr;  // "Filters/FilterDepthOfField"
     // ---- end of screen effects
     // ---- mesh programs: element buffers and their draws (MeshVBO picks them by render kind)

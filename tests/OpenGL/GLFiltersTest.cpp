@@ -2,6 +2,7 @@
 // what the CPU computes from the same inputs.
 #include "GLResourceTest.h"
 
+#include "OpenGL/EdgeTiles.h"
 #include "OpenGL/FBO.h"
 #include "OpenGL/FBOTexture.h"
 #include "OpenGL/GLFilters.h"
@@ -505,18 +506,106 @@ TEST_F(GLFiltersTest, EdgesAndContoursMarkTheRightPixels)
         {"wireframe: where nothing was drawn", true, flags.get(), 1, true, {".....#", ".....#", ".....#", ".....#"}},
         {"no object flagged", true, unflagged.get(), 2, false, {"......", "......", "......", "......"}},
     };
+    EdgeTiles tiles(W, H);
     for (Case const& test : cases) {
         SCOPED_TRACE(test.name);
         if (test.contour)
-            GLContour(image.get(), idTexture.get(), test.flags, target, test.width, {0, 0, 0, 1}, test.variant);
+            GLContour(image.get(), idTexture.get(), test.flags, tiles, target, test.width, {0, 0, 0, 1}, test.variant);
         else
-            GLEdgeDetection(image.get(), idTexture.get(), normal.get(), target, 0.8f, test.variant);
+            GLEdgeDetection(image.get(), idTexture.get(), normal.get(), tiles, target, 0.8f, test.variant);
         Pixels out = read(target);
         for (int y = 0; y < H; ++y)
             for (int x = 0; x < W; ++x) {
                 bool black = test.rows[H - 1 - y][x] == '#';
                 EXPECT_EQ(out[size_t(y * W + x) * 4 + 1], black ? 0.0f : 0.6f) << x << ", " << y;
             }
+    }
+}
+
+// The same rules on a picture of several tiles, whose borders the objects, the creases and
+// the outlines cross: the tiles the passes skip must hold no changed pixel. The expected pixels
+// come from the rules themselves, pixel by pixel.
+TEST_F(GLFiltersTest, EdgesAndContoursAcrossTilesFollowTheRules)
+{
+    int const w = 45, h = 29; // partial tiles on both axes
+    float const limit = 0.8f;
+    std::vector<int> ids;
+    std::vector<bool> marked;
+    Pixels normals, flagged;
+    auto dot = [&](int a, int b) {
+        return normals[size_t(a) * 4] * normals[size_t(b) * 4] + normals[size_t(a) * 4 + 2] * normals[size_t(b) * 4 + 2];
+    };
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            // A marked disc (1) with a gently turning normal, touching a box (2) that starts on
+            // a tile border and turns its normals 20 degrees, except for a 0 and a 40 degree
+            // band (a crease) in the tile at (3, 2); a marked small box (3) in the box; nothing
+            // (0, no normal) elsewhere.
+            bool const disc = (x - 6) * (x - 6) + (y - 5) * (y - 5) <= 25;
+            int const id = disc ? 1 : x >= 40 && x <= 43 && y >= 20 && y <= 23 ? 3 : x >= 12 && y >= 8 ? 2 : 0;
+            bool const band = id == 2 && y >= 16 && y <= 23 && x >= 26 && x <= 29;
+            float const angle = id == 1 ? 0.03f * float(x) : band ? (x <= 27 ? 0.0f : 0.7f) : id == 2 ? 0.35f : 0.0f;
+            ids.insert(ids.end(), {id, 0, 0, 0});
+            marked.push_back(id == 1 || id == 3);
+            normals.insert(normals.end(), {id ? std::sin(angle) : 0.0f, 0.0f, id ? std::cos(angle) : 0.0f, 0.0f});
+            int const bits = id == 0 ? 0 : marked.back() ? FLAG_CONTOURS | FLAG_NON_EMPTY : FLAG_NON_EMPTY;
+            float carrier;
+            std::memcpy(&carrier, &bits, 4);
+            flagged.insert(flagged.end(), {0, 0, 0, carrier});
+        }
+    Shared<Texture2D> idTexture(new Texture2D(w, h, GL_RGBA32I, GL_RGBA_INTEGER, GL_INT, GL_CLAMP_TO_EDGE, GL_NEAREST));
+    idTexture->copy(ids.data(), int(ids.size() * sizeof(int)));
+    Shared<Texture2D> image = Upload(Constant(0.5f, 0.6f, 0.7f, 0.3f, w, h), w, h), normal = Upload(normals, w, h),
+                      flags = Upload(flagged, w, h);
+    FBO picture(dsNone, w, h);
+    Texture2D* out = picture.addColor(GL_RGBA32F, GL_RGBA, GL_FLOAT, GL_CLAMP_TO_EDGE, GL_NEAREST);
+    ASSERT_TRUE(picture.enable());
+    glViewport(0, 0, w, h);
+    EdgeTiles tiles(w, h);
+    struct Case {
+        bool contour;
+        float width;  // of the contours
+        bool variant; // ids alone; wireframe
+    };
+    Case const cases[] = {{false, 0, false}, {false, 0, true}, {true, 1, false},
+                          {true, 2.5f, false}, {true, 4, false}, {true, 3, true}};
+    for (Case const& test : cases) {
+        SCOPED_TRACE(std::string(test.contour ? "contour " : "edges ") + std::to_string(test.width) +
+                     (test.variant ? " variant" : ""));
+        auto black = [&](int x, int y) {
+            int const p = y * w + x, id = ids[size_t(p) * 4];
+            int const r = test.contour ? int(std::ceil(std::clamp(test.width, 0.0f, 4.0f))) : 1;
+            if (test.contour && test.variant && id != 0)
+                return false;
+            for (int dy = -r; dy <= r; ++dy)
+                for (int dx = -r; dx <= r; ++dx) {
+                    bool const near = test.contour ? float(dx * dx + dy * dy) <= test.width * test.width
+                                                   : std::abs(dx) + std::abs(dy) == 1;
+                    int const q = std::clamp(y + dy, 0, h - 1) * w + std::clamp(x + dx, 0, w - 1);
+                    bool const other = ids[size_t(q) * 4] != id;
+                    if (near && (test.contour ? other && (marked[size_t(p)] || marked[size_t(q)])
+                                              : other || (!test.variant && id != 0 && dot(p, q) < limit)))
+                        return true;
+                }
+            return false;
+        };
+        if (test.contour)
+            GLContour(image.get(), idTexture.get(), flags.get(), tiles, out, test.width, {0, 0, 0, 1}, test.variant);
+        else
+            GLEdgeDetection(image.get(), idTexture.get(), normal.get(), tiles, out, limit, test.variant);
+        Pixels const got = ReadColorFloat(out->attachment, w, h);
+        int changed = 0, wrong = 0;
+        std::string first;
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x) {
+                bool const want = black(x, y);
+                changed += want;
+                size_t const i = size_t(y * w + x) * 4;
+                if ((got[i + 1] != (want ? 0.0f : 0.6f) || got[i + 3] != 0.3f) && !wrong++)
+                    first = std::to_string(x) + ", " + std::to_string(y);
+            }
+        EXPECT_EQ(wrong, 0) << "first at " << first;
+        EXPECT_GT(changed, 0);
     }
 }
 

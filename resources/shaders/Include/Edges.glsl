@@ -1,8 +1,9 @@
-// Edges: the fragment stage of "EdgeDetection" and "SimpleEdgeDetection" (with IDS_ONLY). A pixel
-// whose object id ("IDs".x) differs from one of its four neighbours', or, unless IDS_ONLY, whose
-// normal ("Normal") turns from a neighbour's by more than the angle whose cosine is "limit",
-// is an edge and turns black (the background, id 0, has no normals to compare); the rest of "Image" stays. Borders repeat the border pixels.
-uniform sampler2D Image;
+// Edges: the last pass of "EdgeDetection" and "SimpleEdgeDetection" (with IDS_ONLY), drawn over
+// the picture in place with alpha masked off. A pixel whose object id ("IDs".x) differs from
+// one of its four neighbours', or, unless IDS_ONLY, whose normal ("Normal") turns from a
+// neighbour's by more than the angle whose cosine is "limit", is an edge and turns black (the
+// background, id 0, has no normals to compare); every other pixel is discarded. Borders repeat
+// the border pixels. It runs on the tiles of EdgeTileQuads alone: the others hold no edge.
 uniform isampler2D IDs;
 uniform sampler2D Normal;
 uniform float limit;
@@ -11,7 +12,6 @@ void main()
 {
     ivec2 p = ivec2(gl_FragCoord.xy);
     ivec2 last = textureSize(IDs, 0) - 1;
-    vec4 c = texelFetch(Image, p, 0);
     int id = texelFetch(IDs, p, 0).x;
     vec3 n = texelFetch(Normal, p, 0).xyz;
     bool edge = false;
@@ -23,5 +23,7 @@ void main()
         edge = edge || (id != 0 && dot(n, texelFetch(Normal, q, 0).xyz) < limit);
 #endif
     }
-    oColor = edge ? vec4(0.0, 0.0, 0.0, c.a) : c;
+    if (!edge)
+        discard;
+    oColor = vec4(0.0, 0.0, 0.0, 1.0);
 }

@@ -303,7 +303,7 @@ void UI::drawContent()
     ImGuiCond cond = resetLayout ? ImGuiCond_Always : ImGuiCond_FirstUseEver;
     ImGuiIO& io = ImGui::GetIO();
     ImGui::SetNextWindowPos(ImVec2(io.DisplaySize.x - 330, 150), cond);
-    ImGui::SetNextWindowSize(ImVec2(320, 560), cond);
+    ImGui::SetNextWindowSize(ImVec2(320, 450), cond); // clear of the log below
     if (ImGui::Begin("Content##tTabsContent", nullptr, ImGuiWindowFlags_NoCollapse) &&
         ImGui::BeginTabBar("tabs")) {
         if (ImGui::BeginTabItem("Render##tTabRender")) {
