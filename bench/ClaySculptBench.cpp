@@ -17,6 +17,7 @@
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
 #include "Support/GLTestContext.h"
+#include "Support/ViewportDriver.h"
 
 #include <benchmark/benchmark.h>
 
@@ -63,16 +64,6 @@ struct Context {
     }
 };
 
-void Point(float x, float y, bool left)
-{
-    mouse.px = mouse.x;
-    mouse.py = mouse.y;
-    mouse.x = x;
-    mouse.y = y;
-    mouse.pleft = mouse.left;
-    mouse.left = left;
-}
-
 void BM_SculptStrokeFrame(benchmark::State& state)
 {
     Context context(state);
@@ -91,26 +82,22 @@ void BM_SculptStrokeFrame(benchmark::State& state)
         SculptSymmetry& symmetry = view->input->sculpt.symmetry;
         for (bool& m : symmetry.mirror)
             m = state.range(0) == 8;
-        auto frame = [&] {
-            view->MainLoopPreRender(0.0, 0.016);
-            view->MainLoopRender(0.016);
-            view->MainLoopPostRender();
-        };
-        Point(W / 2 - 100, H / 2, false);
+        auto frame = [&] { test::MainLoopFrame(*view); };
+        test::PointMouse(W / 2 - 100, H / 2, false);
         frame();
-        Point(W / 2 - 100, H / 2, true);
+        test::PointMouse(W / 2 - 100, H / 2, true);
         frame();
         int step = 0;
         for (auto _ : state) {
             // Back and forth over the middle, a few pixels a frame.
             float const x = float(W / 2 - 100 + (step % 50) * 4);
             ++step;
-            Point(x, float(H / 2), true);
+            test::PointMouse(x, float(H / 2), true);
             frame();
             glFinish();
         }
         state.counters["sculptors"] = double(view->input->sculpt.sculptors.size());
-        Point(W / 2, H / 2, false);
+        test::PointMouse(W / 2, H / 2, false);
         frame();
         view.reset();
     }

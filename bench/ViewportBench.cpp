@@ -20,6 +20,7 @@
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
 #include "Support/GLTestContext.h"
+#include "Support/ViewportDriver.h"
 
 #include <benchmark/benchmark.h>
 
@@ -75,18 +76,8 @@ struct Stage {
         glBindVertexArray(0);
         glDeleteVertexArrays(1, &vertexArray);
     }
-    static void Point(float x, float y, bool left = false)
-    {
-        mouse.moveTo(x, y);
-        mouse.pleft = mouse.left;
-        mouse.left = left;
-    }
-    void Frame()
-    {
-        view->MainLoopPreRender(0.0, 0.016);
-        view->MainLoopRender(0.016);
-        view->MainLoopPostRender();
-    }
+    static void Point(float x, float y, bool left = false) { test::PointMouse(x, y, left); }
+    void Frame() { test::MainLoopFrame(*view); }
     // One pixel of the picture, as RGBA8; rows from the bottom.
     unsigned Pixel(int x, int y)
     {

@@ -10,6 +10,7 @@
 #include "OpenGL/Shader.h"
 #include "OpenGL/ShaderManager.h"
 #include "Scene/RenderFlags.h"
+#include "Support/ViewportDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -245,9 +246,7 @@ void ViewFrameTest::TearDown()
 
 std::vector<float> ViewFrameTest::Frame()
 {
-    view->MainLoopPreRender(0.0, 0.016);
-    view->MainLoopRender(0.016);
-    view->MainLoopPostRender();
+    MainLoopFrame(*view);
     return Pixels(view->current());
 }
 

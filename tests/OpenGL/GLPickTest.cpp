@@ -15,6 +15,7 @@
 #include "Scene/Scene.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
+#include "Support/ViewportDriver.h"
 
 #include <cstring>
 
@@ -75,9 +76,7 @@ protected:
     }
     std::vector<float> Frame()
     {
-        view->MainLoopPreRender(0.0, 0.016);
-        view->MainLoopRender(0.016);
-        view->MainLoopPostRender();
+        MainLoopFrame(*view);
         return Pixels(view->current());
     }
 };

@@ -12,6 +12,7 @@
 #include "Scene/Root.h"
 #include "Scene/Scene.h"
 #include "Scene/Tool.h"
+#include "Support/ViewportDriver.h"
 
 #include <QFile>
 #include <QImage>
@@ -51,10 +52,7 @@ protected:
     // One frame; the picture handed to the widget.
     std::vector<float> Frame()
     {
-        view->MainLoopPreRender(0.0, 0.016);
-        FBO* shown = view->MainLoopRender(0.016);
-        view->MainLoopPostRender();
-        EXPECT_EQ(shown, view->image.get());
+        EXPECT_EQ(MainLoopFrame(*view), view->image.get());
         return Pixels(view->current());
     }
     std::unique_ptr<GLView> view;

@@ -12,6 +12,7 @@
 #include "Scene/Scene.h"
 #include "Scene/SceneHistory.h"
 #include "Scene/Tool.h"
+#include "Support/ViewportDriver.h"
 
 namespace vel::test {
 namespace {
@@ -45,18 +46,8 @@ protected:
         Rendering::instance().closeResources();
         GLResourceTest::TearDown();
     }
-    static void Point(float x, float y, bool left)
-    {
-        mouse.moveTo(x, y);
-        mouse.pleft = mouse.left;
-        mouse.left = left;
-    }
-    void Frame()
-    {
-        view->MainLoopPreRender(0.0, 0.016);
-        view->MainLoopRender(0.016);
-        view->MainLoopPostRender();
-    }
+    static void Point(float x, float y, bool left) { PointMouse(x, y, left); }
+    void Frame() { MainLoopFrame(*view); }
     // Press at (x, y), two frames held, one move of `dx` pixels, then the last move of `dx`
     // and the release in one frame.
     void Drag(float x, float y, float dx)
